@@ -1,0 +1,36 @@
+#include "input/node_coordinates.h"
+
+#include <vector>
+
+#include "runcontrol/checked_math.h"
+
+namespace tremodal {
+
+namespace {
+constexpr std::size_t kRecordLength = 14;
+}
+
+void ReadNodeCoordinates(RunState& state) {
+    ModelContext& m = state.Model;
+    // Node numbers are 16-bit in every file of the suite; a larger count is
+    // an overflow. Converting before the allocation keeps an absurd count in
+    // the size file from asking for gigabytes first.
+    const i16 count = RoundToI16(m.NumNodes);
+    const i32 upper = RoundToI32(m.NumNodes);
+    m.NodeX.Allocate(upper);
+    m.NodeY.Allocate(upper);
+    m.NodeZ.Allocate(upper);
+
+    BinaryFile file(m.ModelPath + ".XYZ");
+    std::vector<unsigned char> block(kRecordLength * static_cast<std::size_t>(count > 0 ? count : 0));
+    file.Read(block.data(), block.size());  // bytes past the end read as 0
+    file.Close();
+    for (i32 n = 1; n <= count; ++n) {
+        const unsigned char* record = block.data() + kRecordLength * (n - 1);
+        m.NodeX(n) = GetF32(record + 2);
+        m.NodeY(n) = GetF32(record + 6);
+        m.NodeZ(n) = GetF32(record + 10);
+    }
+}
+
+}  // namespace tremodal

@@ -1,0 +1,168 @@
+#include "runcontrol/analysis_driver.h"
+
+#include "input/frequency_case.h"
+#include "missmass/case_exchange.h"
+#include "missmass/missmass_loads.h"
+#include "results/case_list.h"
+#include "results/participation_report.h"
+#include "results/result_case_files.h"
+#include "results/spectrum_report.h"
+#include "runcontrol/checked_math.h"
+#include "runcontrol/host.h"
+#include "runcontrol/number_text.h"
+#include "runcontrol/text_files.h"
+#include "spectral/base_shear.h"
+#include "spectral/excitation.h"
+#include "spectral/modal_response.h"
+#include "spectral/participation.h"
+#include "spectral/spectrum_curve.h"
+
+namespace tremodal {
+
+namespace {
+
+constexpr const char* kMessageTitle = "TREMODAL";
+
+// One direction pass: excitation, participation and its report, the solved
+// missing mass case in a second pass, the modal response, the base shear,
+// and the missing mass load case in a first pass.
+void RunDirection(RunState& s, i16 d) {
+    ResponseOptions& o = s.Options;
+    BuildExcitation(s, d);
+    if (s.Freq.MassForm == 0) ComputeParticipationSquare(s);
+    if (s.Freq.MassForm == 1) ComputeParticipationLumped(s);
+    if (s.ExcitedMass == 0) s.ExcitedMass = s.Freq.DirMass(1);
+    ReportParticipation(s, d);
+
+    // The loop over modes counts in 16 bits in every file of the suite.
+    const i16 modes = NarrowI16(s.Freq.NumModes);
+    for (i32 e = 1; e <= s.Freq.NumDof; ++e) {
+        for (i32 m = 1; m <= modes; ++m) s.ModalDisp(e, m) = 0;
+    }
+
+    s.MissMassCase = GeneralText(Val(o.MissMassStartCase) + d - 1);
+    s.MissMassRead = 0;
+    if (o.MissMassOn == 1 && s.RunPhase == 2) ReadMissMassResults(s);
+    ComputeModalResponse(s, d);
+    CombineBaseShear(s, d);
+    s.MissMassLoad(d) = StoreF32(f64(s.MissMassBase) * s.Options.DirFactor(d));
+    // Rotations get no missing mass case.
+    if (o.MissMassOn == 1 && s.RunPhase == 1 && d < 4) WriteMissMassCase(s, d);
+}
+
+}  // namespace
+
+void AnalyzeResponse(RunState& s) {
+    ResponseOptions& o = s.Options;
+    ReadFrequencyCase(s);
+    if (s.Freq.MassForm == 0) ReadMassMatrix(s);
+    if (s.Freq.MassForm == 1) ReadMassVector(s);
+    if (s.Freq.Stream) {
+        s.Freq.Stream->Close();
+        s.Freq.Stream.reset();
+    }
+    ReadSpectrumCurve(s);
+    for (int i = 1; i <= 3; ++i) {
+        s.BaseShear(i) = 0;
+        s.MissMassLoad(i) = 0;
+    }
+
+    if (o.SingleMode > 0 && s.Freq.NumModes < o.SingleMode) {
+        s.Ui->ShowMessage("Only " + GeneralText(s.Freq.NumModes) + " modes exist", kMessageTitle);
+        return;
+    }
+
+    for (i16 d = 1; d <= 6; ++d) {
+        // The spectrum report comes first, whether or not direction 1 is on.
+        if (d == 1) ReportSpectrum(s);
+        if (o.DirOn(d) == 0) continue;
+        RunDirection(s, d);
+    }
+
+    if (o.MissMassOn == 1) {
+        if (s.RunPhase == 1) WriteMissMassComb(s);
+        AddMissingMassBlock(s);
+    }
+    if (o.ShowModalShear == 1) AddBaseShearBlock(s);
+    // A first pass of a missing mass analysis stops short of the results: the
+    // suite's solver has the load cases to solve first.
+    if (s.RunPhase == 1) return;
+
+    SetLoadCaseTitle(s);
+    ResetCase(s, o.ResultsCase);
+    WriteCaseHeader(s, o.ResultsCase);
+    WriteForceFiles(s, o.ResultsCase);
+    WriteCaseIndexFiles(s, o.ResultsCase);
+    WriteResponseCount(s);
+}
+
+void AddMissingMassBlock(RunState& s) {
+    const ResponseOptions& o = s.Options;
+    const f64 startCase = Val(o.MissMassStartCase);
+    std::string zpa = "   ZPA   m/s2    ";
+    std::string cases = "   St Load Case";
+    std::string totals = "   Total Loads  ";
+    for (int i = 1; i <= 3; ++i) {
+        zpa += FormatField(StoreF32(f64(s.Curve.ZpaValue) * o.DirFactor(i)), "0.000E-00", 12);
+        cases += FormatField(StoreF32(startCase + i - 1), "0", 12);
+        totals += FormatField(s.MissMassLoad(i), "0.000E-00", 12);
+    }
+    s.List1.push_back(" ");
+    s.List1.push_back("Missing Mass Loads  ZPA         Period = " + FormatField(s.Curve.ZpaPeriod, "0.000", 6) +
+                      " Sec " + FormatField(StoreF32(Div(1, s.Curve.ZpaPeriod)), "0.00", 6) + " Hz");
+    s.List1.push_back("                      Fxe         Fye         Fze ");
+    s.List1.push_back(zpa);
+    s.List1.push_back(cases);
+    s.List1.push_back(totals);
+}
+
+void AddBaseShearBlock(RunState& s) {
+    const ResponseOptions& o = s.Options;
+    s.List1.push_back(" ");
+    if (o.SingleMode != 0) {
+        s.List1.push_back("Only Mode " + GeneralText(o.SingleMode) + " ACTIVE");
+        s.List1.push_back("Base Shear Loads due to Translational Motion");
+    } else {
+        s.List1.push_back("Base Shear Components due to Translational Motion  Comb-" + Trim(o.CombName));
+    }
+    if (i32(o.DirOn(4)) + o.DirOn(5) + o.DirOn(6) > 0) {
+        s.List1.push_back("Effect of ground rotation is not included");
+    }
+    s.List1.push_back("              Fxe         Fye          Fze ");
+    // Every method but the absolute sum leaves the square of the shear.
+    std::string total = "Total  ";
+    for (int i = 1; i <= 3; ++i) {
+        const f32 shear = o.CombMethod == 4 ? s.BaseShear(i) : StoreF32(Sqrt(s.BaseShear(i)));
+        total += FormatField(shear, "0.000E-00", 12);
+    }
+    s.List1.push_back(total);
+}
+
+void SetLoadCaseTitle(RunState& s) {
+    const ResponseOptions& o = s.Options;
+    const std::string tail = o.SingleMode == 0 ? Trim(o.CombName) : "Mode " + GeneralText(o.SingleMode);
+    s.Model.LoadCaseTitle = "SpectResp " + Trim(o.OptionsNumber) + ":FrqCase " + o.FreqCase + ":Dir'n " +
+                            GeneralText(o.PrincipalAngle) + " Deg: " + tail;
+}
+
+void WriteResponseCount(RunState& s) {
+    ResponseOptions& o = s.Options;
+    PrintFile out(s.Model.FilesDir + "/response.cnt", TextMode::Output);
+    out.Line(s.Model.ModelPath);
+    out.Line(o.ResultsCase);
+    for (int i = 1; i <= 6; ++i) out.Item(PrintItem(o.DirOn(i)));
+    out.EndLine();
+    out.Line(PrintItem(o.ForceSignMode));
+    out.Line("0");
+    out.Line(PrintItem(o.CombMethod));
+    out.Line(PrintItem(o.DampingRatio));
+    // casepost wants a duration of at least 0.1 s; the raised value stays in
+    // the options until they are set again. The base shear has already used
+    // the duration as the user gave it.
+    const f32 shortest = 0.1f;
+    if (o.Duration < shortest) o.Duration = shortest;
+    out.Line(PrintItem(o.Duration));
+    out.Close();
+}
+
+}  // namespace tremodal

@@ -1,0 +1,27 @@
+// The analysis driver: one pass from the stored eigen-solution to the result
+// files, in the fixed order the suite relies on. The numerical work lies in
+// the operations it calls; here stand only the skeleton of a run, the rules
+// of the run phase, the single-mode guard, the closing report blocks, the
+// title of the results case and response.cnt.
+#pragma once
+
+#include "runcontrol/run_state.h"
+
+namespace tremodal {
+
+// One analysis run on RunState. RunPhase 1 is the first pass of a missing
+// mass analysis (load cases out, no results case), 2 the second (solved
+// cases in), anything else a plain run.
+void AnalyzeResponse(RunState& state);
+
+// The closing blocks of the report.
+void AddMissingMassBlock(RunState& state);
+void AddBaseShearBlock(RunState& state);
+
+// "SpectResp <options>:FrqCase <case>:Dir'n <angle> Deg: <method or mode>".
+void SetLoadCaseTitle(RunState& state);
+
+// The summary of the run that casepost reads: FilesDir + "/response.cnt".
+void WriteResponseCount(RunState& state);
+
+}  // namespace tremodal

@@ -1,0 +1,49 @@
+// Checked arithmetic. Analysis values live in singles and are worked out in
+// doubles between two stores; every store, division, root, logarithm and
+// power goes through these helpers, so that an overflow, a division by zero
+// or an invalid operation becomes a numbered failure and never a NaN, an
+// infinity or a wrapped integer in a file.
+#pragma once
+
+#include "runcontrol/failure.h"
+
+namespace tremodal {
+
+// Rounds a double to single on store. Fails with 6 when the value (or the
+// rounded single) is infinite or not a number.
+f32 StoreF32(f64 x);
+
+// Checks an intermediate double: 6 for an infinity, 5 for a NaN.
+f64 CheckF64(f64 x);
+
+// a / b; fails with 11 when b is 0 (0 / 0 included).
+f64 Div(f64 a, f64 b);
+// Square root; fails with 5 below 0.
+f64 Sqrt(f64 x);
+// Natural logarithm; fails with 5 at or below 0.
+f64 Log(f64 x);
+// e to the power x; fails with 6 on overflow.
+f64 Exp(f64 x);
+// base to the power exponent; fails with 5 for a negative base with a
+// fractional exponent, 11 for 0 to a negative power, 6 on overflow.
+f64 Pow(f64 base, f64 exponent);
+
+// Float to integer, rounding half to even: 2.5 gives 2, 3.5 gives 4.
+// Out of range (or NaN) fails with 6.
+i16 RoundToI16(f64 x);
+i32 RoundToI32(f64 x);
+// Int to 16 bits: rounds down, -2.5 gives -3. Out of range fails with 6.
+i16 FloorToI16(f64 x);
+
+// 16- and 32-bit integer operations that fail with 6 on overflow.
+i16 AddI16(i32 a, i32 b);
+i16 SubI16(i32 a, i32 b);
+i16 MulI16(i32 a, i32 b);
+i32 AddI32(std::int64_t a, std::int64_t b);
+i32 SubI32(std::int64_t a, std::int64_t b);
+i32 MulI32(std::int64_t a, std::int64_t b);
+// Narrows a wide integer, failing with 6 when it does not fit.
+i16 NarrowI16(std::int64_t x);
+i32 NarrowI32(std::int64_t x);
+
+}  // namespace tremodal

@@ -1,0 +1,7 @@
+#include "runcontrol/failure.h"
+
+namespace tremodal {
+
+void Fail(int number, const std::string& what) { throw Failure(number, what); }
+
+}  // namespace tremodal

@@ -1,0 +1,73 @@
+#include "runcontrol/file_system.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+namespace tremodal {
+
+namespace {
+
+// A directory that cannot be made the working directory.
+constexpr int kPathNotFound = 76;
+
+std::function<std::time_t()>& ClockSource() {
+    static std::function<std::time_t()> source;
+    return source;
+}
+
+std::tm LocalTime(std::time_t moment) {
+    std::tm parts{};
+    if (!::localtime_r(&moment, &parts)) parts = std::tm{};
+    return parts;
+}
+
+std::string Describe(const std::string& path) { return path + ": " + std::strerror(errno); }
+
+}  // namespace
+
+bool FileExists(const std::string& path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+void DeleteFile(const std::string& path) {
+    // unlink, not remove: remove would take an empty directory of that name too.
+    if (::unlink(path.c_str()) == 0) return;
+    if (errno == ENOENT) Fail(kFileNotFound, "file not found: " + path);
+    Fail(kPathAccessError, "cannot delete " + Describe(path));
+}
+
+void ChangeDirectory(const std::string& path) {
+    if (::chdir(path.c_str()) != 0) Fail(kPathNotFound, "path not found: " + Describe(path));
+}
+
+std::time_t CurrentTime() {
+    const auto& source = ClockSource();
+    return source ? source() : std::time(nullptr);
+}
+
+// An empty source puts the system clock back.
+void SetClockSource(std::function<std::time_t()> source) { ClockSource() = std::move(source); }
+
+std::string DateText(std::time_t moment) {
+    const std::tm t = LocalTime(moment);
+    char text[32];
+    std::snprintf(text, sizeof text, "%02d/%02d/%04d", t.tm_mday, t.tm_mon + 1, t.tm_year + 1900);
+    return text;
+}
+
+std::string TimeText(std::time_t moment) {
+    const std::tm t = LocalTime(moment);
+    char text[32];
+    std::snprintf(text, sizeof text, "%02d:%02d:%02d", t.tm_hour, t.tm_min, t.tm_sec);
+    return text;
+}
+
+std::string DateTimeText(std::time_t moment) { return DateText(moment) + " " + TimeText(moment); }
+
+}  // namespace tremodal

@@ -1,0 +1,147 @@
+#include "runcontrol/startup.h"
+
+#include <cstdio>
+
+#include "input/node_coordinates.h"
+#include "input/options_file.h"
+#include "runcontrol/analysis_driver.h"
+#include "runcontrol/checked_math.h"
+#include "runcontrol/file_system.h"
+#include "runcontrol/host.h"
+#include "runcontrol/number_text.h"
+#include "runcontrol/text_files.h"
+
+namespace tremodal {
+
+void SplitCommandLine(RunState& state, const std::string& commandLine) {
+    // Fields end at "/"; blanks are no separators, and whatever follows the
+    // last "/" or the third field is ignored.
+    int field = 0;
+    std::string text;
+    for (char c : commandLine) {
+        if (c != '/') {
+            text += c;
+            continue;
+        }
+        ++field;
+        if (field == 1) state.Options.OptionsNumber = text;
+        if (field == 2) state.Options.ResultsCase = text;
+        if (field == 3) state.RunPhase = RoundToI16(Val(text));
+        text.clear();
+    }
+}
+
+void ReadModelName(RunState& state) {
+    ModelContext& m = state.Model;
+    // Until MODEL.NAM is read, the model path is that of the name file
+    // itself, so the log of a run that cannot find it is MODEL.NAM.LOG.
+    m.ModelPath = m.FilesDir + "/MODEL.NAM";
+    TextInput in(m.ModelPath);
+    m.ModelPath = in.ReadTextField();
+    m.ModelName = in.ReadTextField();
+    in.Close();
+}
+
+void ReadModelSize(RunState& state) {
+    ModelContext& m = state.Model;
+    TextInput in(m.ModelPath + ".XSZ");
+    in.ReadTextField();
+    m.ModelName = in.ReadTextField();
+    m.ModelTitle = in.ReadTextField();
+    for (int i = 0; i < 3; ++i) in.ReadTextField();
+    m.NumElements = in.ReadSingleField();
+    in.ReadSingleField();
+    m.NumNodes = in.ReadSingleField();
+    in.ReadSingleField();
+    for (int i = 0; i < 7; ++i) in.ReadTextField();
+    m.UnitSystem = in.ReadI32Field();
+    in.Close();
+}
+
+StartOutcome Main(RunState& state, const std::string& commandLine) {
+    ModelContext& m = state.Model;
+    int stage = kStageModel;
+    try {
+        m.FilesDir = state.Ui->ReadSetting("VARNEK", "Setup", "Files1");
+        m.ProgramDir = state.Ui->ReadSetting("VARNEK", "Setup", "Files2");
+        m.HelpFile = m.ProgramDir + "/dynamic.chm";
+        state.Options.ZpaHighestMode = 1;
+        if (!commandLine.empty()) {
+            SplitCommandLine(state, commandLine);
+            state.BatchRun = 1;
+        }
+        ReadModelName(state);
+        ReadModelSize(state);
+
+        stage = kStageCoordinates;
+        ReadNodeCoordinates(state);
+        if (state.BatchRun != 1) {
+            stage = kStageDialog;
+            return StartOutcome::Dialog;
+        }
+        state.Options.OptionsFile = m.ModelPath + ".USM" + LTrim(state.Options.OptionsNumber);
+
+        stage = kStageOptions;
+        if (!FileExists(state.Options.OptionsFile)) {
+            Fail(kFileNotFound, "options file " + state.Options.OptionsFile + " not found");
+        }
+        ReadOptions(state);
+
+        stage = kStageAnalysis;
+        AnalyzeResponse(state);
+        // casepost runs after every batch run that gets this far, also after a
+        // first missing mass pass and after the single-mode guard stopped the
+        // analysis; whether it starts is only seen by the child wait.
+        state.Ui->StartChild(m.ProgramDir + "/casepost");
+        state.Timer1Enabled = true;
+        return StartOutcome::BatchWaiting;
+    } catch (const Failure& failure) {
+        HandleStartFailure(state, failure, stage);
+        return StartOutcome::Ended;
+    }
+}
+
+bool Timer1_Timer(RunState& state) {
+    if (state.Ui->PollChild() == ChildState::Running) return false;
+    state.Timer1Enabled = false;
+    return state.BatchRun == 1;
+}
+
+namespace {
+
+std::string LogLine(const RunState& state, const Failure& failure, int stage) {
+    const i32 number = failure.Number();
+    if (number == kFileNotFound && stage == kStageOptions) {
+        return "TREMODAL - Response Options File (" + state.Options.OptionsNumber + ") Not Found ";
+    }
+    if (number == kFileNotFound && stage == kStageAnalysis) {
+        return "TREMODAL - Frequency or Response Spectrum Data not Found";
+    }
+    return "TREMODAL  E" + PrintItem(number) + "; L; " + PrintItem(i32(stage)) +
+           "; Model Or Data; Error - Check; Model & Re - Run; ";
+}
+
+}  // namespace
+
+void HandleStartFailure(RunState& state, const Failure& failure, int stage) {
+    if (state.BatchRun != 1) {
+        state.Ui->ShowMessage(" E" + SignedText(i32(failure.Number())) + " L" + SignedText(i32(stage)) +
+                                  "  Model or Data Error - Check Model & Re-Run",
+                              "TREMODAL" + state.Model.ModelPath);
+        return;
+    }
+    const std::string line = LogLine(state, failure, stage);
+    // The log line goes to standard error too, for whoever runs the program by
+    // hand. A log that cannot be opened must not fail the failure handler.
+    std::fprintf(stderr, "%s\n", line.c_str());
+    try {
+        PrintFile log(state.Model.ModelPath + ".LOG", TextMode::Append);
+        log.Line(line);
+        log.Close();
+    } catch (const Failure& logFailure) {
+        std::fprintf(stderr, "TreModal: cannot write %s.LOG: %s\n", state.Model.ModelPath.c_str(),
+                     logFailure.what());
+    }
+}
+
+}  // namespace tremodal

@@ -1,0 +1,195 @@
+#include "runcontrol/number_text.h"
+
+#include <gtest/gtest.h>
+
+#include "support/test_support.h"
+
+#include <functional>
+#include <limits>
+
+namespace tremodal {
+namespace {
+
+using testing::FailureOf;
+using testing::MessageOf;
+
+TEST(NumberText, GeneralTextOfASingleShowsSevenDigits) {
+    EXPECT_EQ(GeneralText(0.1f), "0.1");
+    EXPECT_EQ(GeneralText(1.0f / 3.0f), "0.3333333");
+    EXPECT_EQ(GeneralText(1.0f / 300.0f), "3.333333E-03");
+    EXPECT_EQ(GeneralText(100000.0f), "100000");
+    EXPECT_EQ(GeneralText(12345678.0f), "1.234568E+07");
+    EXPECT_EQ(GeneralText(9999999.0f), "9999999");
+    EXPECT_EQ(GeneralText(0.05f), "0.05");
+    EXPECT_EQ(GeneralText(0.00001f), "0.00001");     // 5 places behind the point
+    EXPECT_EQ(GeneralText(0.00000015f), "1.5E-07");  // 8 places would be needed
+    EXPECT_EQ(GeneralText(0.00012345678f), "1.234568E-04");
+    EXPECT_EQ(GeneralText(99999999.0f), "1E+08");  // rounding carries into a new digit
+    EXPECT_EQ(GeneralText(0.0f), "0");
+    EXPECT_EQ(GeneralText(-0.0f), "0");
+}
+
+TEST(NumberText, GeneralTextOfADoubleShowsFifteenDigits) {
+    EXPECT_EQ(GeneralText(1.0 / 300.0), "3.33333333333333E-03");
+    EXPECT_EQ(GeneralText(1.0 / 3.0), "0.333333333333333");
+    EXPECT_EQ(GeneralText(f64(0.1f)), "0.100000001490116");
+    EXPECT_EQ(GeneralText(123456789012345.0), "123456789012345");
+    EXPECT_EQ(GeneralText(1234567890123456.0), "1.23456789012346E+15");
+    EXPECT_EQ(GeneralText(1e15), "1E+15");
+    EXPECT_EQ(GeneralText(-1e-300), "-1E-300");
+}
+
+TEST(NumberText, PrintItemHasSignPositionAndTrailingBlank) {
+    EXPECT_EQ(PrintItem(25.0f), " 25 ");
+    EXPECT_EQ(PrintItem(-25.0f), "-25 ");
+    EXPECT_EQ(PrintItem(0.05f), " 0.05 ");
+    EXPECT_EQ(PrintItem(0.1f), " 0.1 ");
+    EXPECT_EQ(PrintItem(-0.0f), " 0 ");
+    EXPECT_EQ(PrintItem(-1.0 / 300.0), "-3.33333333333333E-03 ");
+    EXPECT_EQ(PrintItem(i16(-7)), "-7 ");
+    EXPECT_EQ(PrintItem(i32(12345678)), " 12345678 ");  // integers show all their digits
+}
+
+TEST(NumberText, SignedTextDropsTheZeroBeforeThePoint) {
+    EXPECT_EQ(SignedText(25.0f), " 25");
+    EXPECT_EQ(SignedText(-25.0f), "-25");
+    EXPECT_EQ(SignedText(0.05f), " .05");
+    EXPECT_EQ(SignedText(-0.5f), "-.5");
+    EXPECT_EQ(SignedText(9.81f), " 9.81");
+    EXPECT_EQ(SignedText(-0.0), " 0");
+    EXPECT_EQ(SignedText(12345678.0f), " 1.234568E+07");
+    EXPECT_EQ(SignedText(-1.0f / 300.0f), "-3.333333E-03");
+    EXPECT_EQ(SignedText(i16(-32768)), "-32768");
+    EXPECT_EQ(SignedText(i32(std::numeric_limits<i32>::min())), "-2147483648");
+}
+
+TEST(NumberText, PicturesOfTheReportTable) {
+    const f32 a = 1234.5678f;
+    const f32 b = 0.0123f;
+    EXPECT_EQ(FormatPicture(a, "0"), "1235");
+    EXPECT_EQ(FormatPicture(b, "0"), "0");
+    EXPECT_EQ(FormatPicture(0, "0"), "0");
+    EXPECT_EQ(FormatPicture(a, "0.00"), "1234.57");
+    EXPECT_EQ(FormatPicture(b, "0.00"), "0.01");
+    EXPECT_EQ(FormatPicture(0, "0.00"), "0.00");
+    for (const char* picture : {"#0.00", "##0.00"}) {
+        EXPECT_EQ(FormatPicture(a, picture), "1234.57") << picture;
+        EXPECT_EQ(FormatPicture(b, picture), "0.01") << picture;
+        EXPECT_EQ(FormatPicture(0, picture), "0.00") << picture;
+    }
+    for (const char* picture : {"0.000", "##0.000"}) {
+        EXPECT_EQ(FormatPicture(a, picture), "1234.568") << picture;
+        EXPECT_EQ(FormatPicture(b, picture), "0.012") << picture;
+        EXPECT_EQ(FormatPicture(0, picture), "0.000") << picture;
+    }
+    for (const char* picture : {"#0.0000", "###0.0000"}) {
+        EXPECT_EQ(FormatPicture(a, picture), "1234.5678") << picture;
+        EXPECT_EQ(FormatPicture(b, picture), "0.0123") << picture;
+        EXPECT_EQ(FormatPicture(0, picture), "0.0000") << picture;
+    }
+    EXPECT_EQ(FormatPicture(a, "0.000E+00"), "1.235E+03");
+    EXPECT_EQ(FormatPicture(b, "0.000E+00"), "1.230E-02");
+    EXPECT_EQ(FormatPicture(0, "0.000E+00"), "0.000E+00");
+    EXPECT_EQ(FormatPicture(a, "0.000E-00"), "1.235E03");
+    EXPECT_EQ(FormatPicture(b, "0.000E-00"), "1.230E-02");
+    EXPECT_EQ(FormatPicture(0, "0.000E-00"), "0.000E00");
+}
+
+TEST(NumberText, PicturesRoundTheNineDigitDecimalHalfAwayFromZero) {
+    EXPECT_EQ(FormatPicture(0.125f, "0.00"), "0.13");
+    EXPECT_EQ(FormatPicture(-0.125f, "0.00"), "-0.13");
+    EXPECT_EQ(FormatPicture(2.5f, "0"), "3");
+    EXPECT_EQ(FormatPicture(-2.5f, "0"), "-3");
+    EXPECT_EQ(FormatPicture(0.5f, "0"), "1");
+    EXPECT_EQ(FormatPicture(1.0625f, "0.000E+00"), "1.063E+00");
+    EXPECT_EQ(FormatPicture(0.125f, "0.0E+00"), "1.3E-01");
+    // Held as 1234.56774902..., nine digits 1234.56775.
+    EXPECT_EQ(FormatPicture(1234.5678f, "0.0000000"), "1234.5677500");
+    // 0.0015 is held as 0.00150000001..., 0.0025 as 0.00249999994...
+    EXPECT_EQ(FormatPicture(0.0015f, "0.000"), "0.002");
+    EXPECT_EQ(FormatPicture(0.0025f, "0.000"), "0.002");
+    // Exactly ten digits: the ninth rounds half away, not to even.
+    EXPECT_EQ(FormatPicture(1234567.125f, "0.00"), "1234567.13");
+    EXPECT_EQ(FormatPicture(6.103515625e-5f, "0.0000000000000"), "0.0000610351563");
+    EXPECT_EQ(FormatPicture(0.0009765625f, "0.000000000"), "0.000976563");
+    EXPECT_EQ(FormatPicture(0.0009765625f, "0.000000000000"), "0.000976562500");
+    EXPECT_EQ(FormatPicture(0.4f, "0"), "0");
+    EXPECT_EQ(FormatPicture(0.0004f, "0.000"), "0.000");
+    EXPECT_EQ(FormatPicture(0.0005f, "0.000"), "0.001");
+}
+
+TEST(NumberText, PicturesCarrySignAndLargeValues) {
+    EXPECT_EQ(FormatPicture(9.9996f, "0.000E+00"), "1.000E+01");
+    EXPECT_EQ(FormatPicture(9.996f, "0.00"), "10.00");
+    EXPECT_EQ(FormatPicture(-0.0001f, "0.00"), "-0.00");
+    EXPECT_EQ(FormatPicture(-0.0f, "0.00"), "0.00");
+    EXPECT_EQ(FormatPicture(-0.1f, "0.000E-00"), "-1.000E-01");
+    EXPECT_EQ(FormatPicture(5.0f, "##0.00"), "5.00");
+    EXPECT_EQ(FormatPicture(16777216.0f, "0"), "16777216");
+    EXPECT_EQ(FormatPicture(1e20f, "0.00"), "100000002000000000000.00");
+    EXPECT_EQ(FormatPicture(1234567936.0f, "0"), "1234567940");
+    EXPECT_EQ(FormatPicture(999999999.9f, "0"), "1000000000");
+    EXPECT_EQ(FormatPicture(3e38f, "0.000E+00"), "3.000E+38");
+    EXPECT_EQ(FormatPicture(-1e-40f, "0.000E-00"), "-1.000E-40");  // a denormal
+    EXPECT_EQ(FormatPicture(1e-5f, "0.000E-00"), "1.000E-05");
+    EXPECT_EQ(FormatPicture(123456.7f, "0.000E-00"), "1.235E05");
+}
+
+TEST(NumberText, FormatFieldPadsThenKeepsTheRightEnd) {
+    EXPECT_EQ(FormatField(-0.1f, "0.000E-00", 12), "  -1.000E-01");
+    EXPECT_EQ(FormatField(12345.678f, "0.000", 6), "45.678");
+    EXPECT_EQ(FormatField(1.5f, "0.00", 4), "1.50");
+    EXPECT_EQ(FormatField(1.5f, "0.00", 6), "  1.50");
+    EXPECT_EQ(FormatField(2.0f, "0", 12), "           2");
+    EXPECT_EQ(FormatField(1.5f, "0.00", 0), "");
+}
+
+TEST(NumberText, ValReadsTheLongestNumericPrefix) {
+    EXPECT_EQ(Val("  25"), 25);
+    EXPECT_EQ(Val("\t-1.5e3xyz"), -1500);
+    EXPECT_EQ(Val("+7"), 7);
+    EXPECT_EQ(Val("2D2"), 200);
+    EXPECT_EQ(Val("1.5E"), 1.5);  // an exponent without digits is left out
+    EXPECT_EQ(Val(".5"), 0.5);
+    EXPECT_EQ(Val("5."), 5);
+    EXPECT_EQ(Val("1.2.3"), 1.2);
+    EXPECT_EQ(Val("0.05"), 0.05);
+    EXPECT_EQ(Val("abc"), 0);
+    EXPECT_EQ(Val("."), 0);
+    EXPECT_EQ(Val("-"), 0);
+    EXPECT_EQ(Val(""), 0);
+    EXPECT_EQ(Val("1e-400"), 0);
+    EXPECT_EQ(Val("0e999999999999"), 0);
+}
+
+TEST(NumberText, ValFailsOnlyForANumberTooLargeForADouble) {
+    EXPECT_EQ(FailureOf([] { Val("1e400"); }), 6);
+    EXPECT_EQ(FailureOf([] { Val("-1.8e308"); }), 6);
+    EXPECT_EQ(FailureOf([] { Val("0.00001e314"); }), 6);
+    EXPECT_EQ(FailureOf([] { Val("1e99999999999999999999"); }), 6);
+    EXPECT_EQ(FailureOf([] { Val("1.7e308"); }), 0);
+    EXPECT_EQ(MessageOf([] { Val(" 1e400 rest"); }), "overflow: 1e400 is too large for a number");
+}
+
+TEST(NumberText, StrictNumberRejectsTextThatIsNotANumberInFull) {
+    EXPECT_EQ(StrictNumber(" 25 "), 25);
+    EXPECT_EQ(StrictNumber("-1.5e3"), -1500);
+    EXPECT_EQ(StrictNumber("+.5\t"), 0.5);
+    for (const char* text : {"", "   ", "abc", "12x", "1e", ".", "-", "1 2", "1,5"}) {
+        EXPECT_EQ(FailureOf([&] { StrictNumber(text); }), 13) << '"' << text << '"';
+    }
+    EXPECT_EQ(FailureOf([] { StrictNumber("1e999"); }), 6);
+    EXPECT_EQ(MessageOf([] { StrictNumber("12x"); }), "type mismatch: \"12x\" is not a number");
+}
+
+TEST(NumberText, TrimRemovesBlanksOnly) {
+    EXPECT_EQ(Trim("  a b  "), "a b");
+    EXPECT_EQ(LTrim("  a b  "), "a b  ");
+    EXPECT_EQ(RTrim("  a b  "), "  a b");
+    EXPECT_EQ(Trim("\ta\t"), "\ta\t");
+    EXPECT_EQ(Trim("   "), "");
+    EXPECT_EQ(RTrim(" "), "");
+}
+
+}  // namespace
+}  // namespace tremodal

@@ -1,0 +1,185 @@
+#include "runcontrol/startup.h"
+
+#include <gtest/gtest.h>
+
+#include "support/model_fixture.h"
+
+namespace tremodal {
+namespace {
+
+using testing::Exists;
+using testing::FakeHost;
+using testing::ModelFixture;
+using testing::ReadFile;
+using testing::WriteFile;
+
+TEST(CommandLine, FieldsEndAtSlashesAndTheRestIsDropped) {
+    struct Case {
+        const char* line;
+        const char* options;
+        const char* results;
+        int phase;
+    } cases[] = {
+        {"3/7/2/", "3", "7", 2},
+        {"3/7", "3", "", 0},
+        {"3/7/", "3", "7", 0},
+        {"3", "", "", 0},
+        {" 3 / 7 /1/9/", " 3 ", " 7 ", 1},
+        {"3/7/2.5/", "3", "7", 2},
+        {"3/7/3.5/x", "3", "7", 4},
+        {"3/7/abc/", "3", "7", 0},
+    };
+    for (const Case& c : cases) {
+        RunState s;
+        SplitCommandLine(s, c.line);
+        EXPECT_EQ(s.Options.OptionsNumber, c.options) << c.line;
+        EXPECT_EQ(s.Options.ResultsCase, c.results) << c.line;
+        EXPECT_EQ(s.RunPhase, c.phase) << c.line;
+    }
+    RunState s;
+    EXPECT_THROW(SplitCommandLine(s, "3/7/40000/"), Failure);
+}
+
+struct StartFixture {
+    ModelFixture model;
+    FakeHost host;
+    RunState state;
+    StartFixture() {
+        host.Files1 = model.dir.Path();
+        host.Files2 = model.dir.File("bin");
+        state.Ui = &host;
+        WriteFile(model.File(".H1"), "");
+    }
+    std::string Log() const { return ReadFile(model.File(".LOG")); }
+};
+
+TEST(Startup, BatchRunReadsTheModelRunsAndWaitsForCasepost) {
+    StartFixture f;
+    f.host.PollsUntilEnded = 2;
+    ASSERT_EQ(Main(f.state, "3/7/2/"), StartOutcome::BatchWaiting);
+    const ModelContext& m = f.state.Model;
+    EXPECT_EQ(m.ModelPath, f.model.modelPath);
+    EXPECT_EQ(m.ModelName, "FRAME");
+    EXPECT_EQ(m.ModelTitle, "Portal frame, two bays");
+    EXPECT_EQ(m.NumElements, 5.0f);
+    EXPECT_EQ(m.NumNodes, 4.0f);
+    EXPECT_EQ(m.UnitSystem, 1);
+    EXPECT_EQ(m.NodeX(4), 4.0f);
+    EXPECT_EQ(m.NodeY(3), 6.0f);
+    EXPECT_EQ(m.NodeZ(2), -2.0f);
+    EXPECT_EQ(f.state.BatchRun, 1);
+    EXPECT_EQ(f.state.RunPhase, 2);
+    EXPECT_EQ(f.state.Options.OptionsFile, f.model.File(".USM3"));
+    EXPECT_EQ(f.state.Options.ResultsCase, "20");  // the options file overrides the command line
+    ASSERT_EQ(f.host.ChildrenStarted.size(), 1u);
+    EXPECT_EQ(f.host.ChildrenStarted[0], f.model.dir.File("bin") + "/casepost");
+
+    EXPECT_TRUE(f.state.Timer1Enabled);
+    EXPECT_FALSE(Timer1_Timer(f.state));
+    EXPECT_FALSE(Timer1_Timer(f.state));
+    EXPECT_TRUE(Timer1_Timer(f.state));
+    EXPECT_FALSE(f.state.Timer1Enabled);
+    EXPECT_FALSE(Exists(f.model.File(".LOG")));
+    EXPECT_TRUE(f.host.Messages.empty());
+}
+
+TEST(Startup, BatchFailuresLeaveTheirLineInTheLog) {
+    {
+        StartFixture f;
+        std::remove(f.model.File(".USM3").c_str());
+        EXPECT_EQ(Main(f.state, "3/7/"), StartOutcome::Ended);
+        EXPECT_EQ(f.Log(), "TREMODAL - Response Options File (3) Not Found \r\n");
+        EXPECT_TRUE(f.host.ChildrenStarted.empty());
+    }
+    {
+        StartFixture f;
+        std::remove(f.model.File(".H1").c_str());
+        EXPECT_EQ(Main(f.state, "3/7/"), StartOutcome::Ended);
+        EXPECT_EQ(f.Log(), "TREMODAL - Frequency or Response Spectrum Data not Found\r\n");
+        EXPECT_TRUE(f.host.ChildrenStarted.empty());
+    }
+    {
+        // Too few fields in the size file: read past its end, at stage 0.
+        StartFixture f;
+        WriteFile(f.model.File(".XSZ"), "a\r\nFRAME\r\ntitle\r\n1\r\n2\r\n");
+        EXPECT_EQ(Main(f.state, "3/7/"), StartOutcome::Ended);
+        EXPECT_EQ(f.Log(), "TREMODAL  E 62 ; L;  0 ; Model Or Data; Error - Check; Model & Re - Run; \r\n");
+    }
+    {
+        // More nodes than 16 bits can number: an overflow with the coordinates.
+        StartFixture f;
+        std::string size = ReadFile(f.model.File(".XSZ"));
+        size.replace(size.find("5,0,4,0"), 7, "5,0,40000,0");
+        WriteFile(f.model.File(".XSZ"), size);
+        EXPECT_EQ(Main(f.state, "3/7/"), StartOutcome::Ended);
+        EXPECT_EQ(f.Log(), "TREMODAL  E 6 ; L;  34 ; Model Or Data; Error - Check; Model & Re - Run; \r\n");
+    }
+    {
+        // Runs add up in the log.
+        StartFixture f;
+        std::remove(f.model.File(".USM3").c_str());
+        Main(f.state, "3/7/");
+        RunState second;
+        second.Ui = &f.host;
+        Main(second, "4/7/");
+        EXPECT_EQ(f.Log(),
+                  "TREMODAL - Response Options File (3) Not Found \r\n"
+                  "TREMODAL - Response Options File (4) Not Found \r\n");
+    }
+}
+
+TEST(Startup, MissingNameFileLogsBesideIt) {
+    StartFixture f;
+    std::remove(f.model.dir.File("MODEL.NAM").c_str());
+    EXPECT_EQ(Main(f.state, "3/7/"), StartOutcome::Ended);
+    EXPECT_EQ(ReadFile(f.model.dir.File("MODEL.NAM.LOG")),
+              "TREMODAL  E 53 ; L;  0 ; Model Or Data; Error - Check; Model & Re - Run; \r\n");
+}
+
+TEST(Startup, DialogRunShowsFailuresAsAMessage) {
+    {
+        StartFixture f;
+        std::remove(f.model.File(".XSZ").c_str());
+        EXPECT_EQ(Main(f.state, ""), StartOutcome::Ended);
+        ASSERT_EQ(f.host.Messages.size(), 1u);
+        EXPECT_EQ(f.host.Messages[0], " E 53 L 0  Model or Data Error - Check Model & Re-Run");
+        EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL" + f.model.modelPath);
+        EXPECT_FALSE(Exists(f.model.File(".LOG")));
+    }
+    {
+        StartFixture f;
+        EXPECT_EQ(Main(f.state, ""), StartOutcome::Dialog);
+        EXPECT_EQ(f.state.BatchRun, 0);
+        EXPECT_EQ(f.state.Options.ZpaHighestMode, 1);
+        EXPECT_EQ(f.state.Model.HelpFile, f.model.dir.File("bin") + "/dynamic.chm");
+        EXPECT_TRUE(f.host.ChildrenStarted.empty());
+    }
+    {
+        // A phase that does not fit 16 bits fails before the run counts as a
+        // batch run, so it takes the dialog's route.
+        StartFixture f;
+        EXPECT_EQ(Main(f.state, "3/7/99999/"), StartOutcome::Ended);
+        ASSERT_EQ(f.host.Messages.size(), 1u);
+        EXPECT_EQ(f.host.Messages[0], " E 6 L 0  Model or Data Error - Check Model & Re-Run");
+    }
+}
+
+TEST(Startup, MissingCoordinatesReadAsZeroAndAShortFileKeepsItsRecords) {
+    StartFixture f;
+    std::string coordinates = ReadFile(f.model.File(".XYZ"));
+    WriteFile(f.model.File(".XYZ"), coordinates.substr(0, 14 + 9));  // node 1 whole, node 2 cut
+    ASSERT_EQ(Main(f.state, "3/7/"), StartOutcome::BatchWaiting);
+    EXPECT_EQ(f.state.Model.NodeX(1), 1.0f);
+    EXPECT_EQ(f.state.Model.NodeZ(1), -1.0f);
+    EXPECT_EQ(f.state.Model.NodeX(2), 2.0f);
+    EXPECT_EQ(f.state.Model.NodeZ(2), 0.0f);
+    EXPECT_EQ(f.state.Model.NodeY(4), 0.0f);
+
+    StartFixture g;
+    std::remove(g.model.File(".XYZ").c_str());
+    ASSERT_EQ(Main(g.state, "3/7/"), StartOutcome::BatchWaiting);
+    EXPECT_EQ(g.state.Model.NodeX(3), 0.0f);
+}
+
+}  // namespace
+}  // namespace tremodal

@@ -1,0 +1,88 @@
+#include "support/model_fixture.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+
+namespace tremodal::testing {
+
+namespace {
+
+const char* const kSizeFile =
+    "\"VARNEK\"\r\n"
+    "FRAME\r\n"
+    "\"Portal frame, two bays\"\r\n"
+    "x1\r\nx2\r\nx3\r\n"
+    "5,0,4,0\r\n"
+    "t1\r\nt2\r\nt3\r\nt4\r\nt5\r\nt6\r\nt7\r\n"
+    "1\r\n";
+
+
+}  // namespace
+
+const char* const kFreshOptionsFile =
+    "Frequency (Mass) Case Number         ,1\r\n"
+    "Results Case Number                  ,20\r\n"
+    "Single Mode (non-zero is active)     , 0 \r\n"
+    "Response Spectrum File               ,MODEL.URS1\r\n"
+    "Spectrun Type  0-Disp 1-Vel 2-Accel  , 2\r\n"
+    "Specrum Curve Factor                 , 9.81\r\n"
+    "Principal Direction                  , 0\r\n"
+    "Interpolation Method 0-Linear 1-Log  , 0\r\n"
+    "Spectrum Direction Definition\r\n"
+    "Dir Factors   On/Off\r\n"
+    " 1             1 \r\n"
+    " 0.5           0 \r\n"
+    " 0.7           0 \r\n"
+    " 0.0014875     0 \r\n"
+    " 0.0025        0 \r\n"
+    " 0.002125      0 \r\n"
+    "Subsoil Shear Wave veleocity           , 400\r\n"
+    "Rotation Datum (Ground)   X   Y   Z    , 0  0  0 \r\n"
+    "Modal Combination Method               , 1 \r\n"
+    "Earthquake Duration (Secs)             , 10\r\n"
+    "Modal Damping Ratio                    , .05\r\n"
+    "Element force sign is based on Mode    , 0 \r\n"
+    "Missing Mass Case (1 is active)        , 0 ,0\r\n"
+    "ZPZ Option (1 is higest mode)          , 1 \r\n";
+
+ModelFixture::ModelFixture() : modelPath(dir.File("FRAME")) {
+    WriteFile(dir.File("MODEL.NAM"), "\"" + modelPath + "\",\"FRAME\"\r\n");
+    WriteFile(File(".XSZ"), kSizeFile);
+    std::string coordinates;
+    for (int n = 1; n <= 4; ++n) {
+        coordinates += BytesI16(static_cast<std::int16_t>(n)) + BytesF32(float(n)) + BytesF32(2.0f * n) +
+                       BytesF32(-1.0f * n);
+    }
+    WriteFile(File(".XYZ"), coordinates);
+    WriteFile(File(".USM3"), kFreshOptionsFile);
+    WriteFile(File(".URS1"), "0,1\r\n10,1\r\n-1\r\n");
+}
+
+std::string ModelFixture::WriteSettings() const {
+    std::filesystem::create_directories(dir.File("config/VARNEK"));
+    WriteFile(dir.File("config/VARNEK/VARNEK.conf"),
+              "[Setup]\nFiles1=" + dir.Path() + "\nFiles2=" + dir.File("bin") + "\n");
+    return dir.File("config");
+}
+
+void ModelFixture::WriteStandInCasepost() const {
+    std::filesystem::create_directories(dir.File("bin"));
+    const std::string path = dir.File("bin/casepost");
+    WriteFile(path, "#!/bin/sh\necho \"casepost ran in $(pwd)\" >> '" + dir.File("casepost.out") + "'\n");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+}
+
+int ModelFixture::RunTreModal(const std::string& commandLine) const {
+    const char* binary = TREMODAL_BIN;
+    const std::string config = WriteSettings();
+    // No screen: message boxes must go to standard error and never wait.
+    const std::string command = "cd '" + dir.Path() + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" +
+                                config + "' timeout 60 '" + binary + "' " + commandLine + " 2> '" +
+                                dir.File("stderr.txt") + "' < /dev/null";
+    return RunCommand(command);
+}
+
+std::string ModelFixture::Stderr() const { return ReadFile(dir.File("stderr.txt")); }
+
+}  // namespace tremodal::testing

@@ -1,0 +1,39 @@
+// A small model in a temporary directory, laid out as the suite leaves it:
+// MODEL.NAM naming the model, its size file, node coordinates, an options
+// file and a frequency case file, and a stand-in casepost.
+#pragma once
+
+#include <string>
+
+#include "support/test_support.h"
+
+namespace tremodal::testing {
+
+// The options file of a fresh dialog with frequency case 1, results case 20
+// and the curve beside the model, as the suite's other tools expect it.
+extern const char* const kFreshOptionsFile;
+
+struct ModelFixture {
+    TempDir dir;
+    std::string modelPath;  // dir + "/FRAME"
+
+    // Writes MODEL.NAM, FRAME.XSZ (5 elements, 4 nodes, unit system 1),
+    // FRAME.XYZ and FRAME.USM3 (the fresh dialog's options with frequency
+    // case 1 and results case 20).
+    ModelFixture();
+
+    std::string File(const std::string& suffix) const { return modelPath + suffix; }
+
+    // The user settings file of a configuration directory dir/config, with
+    // Files1 = dir and Files2 = dir/bin.
+    std::string WriteSettings() const;
+    // A stand-in casepost in dir/bin that appends "casepost ran in <cwd>"
+    // to dir/casepost.out and exits.
+    void WriteStandInCasepost() const;
+    // Runs the real TreModal on this model with the given command line,
+    // standard error going to dir/stderr.txt. Returns the exit status.
+    int RunTreModal(const std::string& commandLine) const;
+    std::string Stderr() const;
+};
+
+}  // namespace tremodal::testing

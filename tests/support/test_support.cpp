@@ -1,0 +1,113 @@
+#include "support/test_support.h"
+
+#include "runcontrol/failure.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace tremodal::testing {
+
+TempDir::TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "tremodal-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
+    path_ = pattern;
+}
+
+TempDir::~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string TempDir::File(const std::string& name) const { return path_ + "/" + name; }
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw std::runtime_error("cannot read " + path);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out) throw std::runtime_error("cannot write " + path);
+    out << bytes;
+}
+
+bool Exists(const std::string& path) { return std::filesystem::exists(path); }
+
+int RunCommand(const std::string& command) {
+    int status = std::system(command.c_str());
+    if (status == -1 || !WIFEXITED(status)) return -1;
+    return WEXITSTATUS(status);
+}
+
+int FailureOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const Failure& failure) {
+        return failure.Number();
+    }
+    return 0;
+}
+
+std::string MessageOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+    return "";
+}
+
+template <class T>
+static std::string Bytes(T v) {
+    std::string out(sizeof v, '\0');
+    auto bits = reinterpret_cast<const unsigned char*>(&v);  // the test machines are little-endian
+    for (std::size_t i = 0; i < sizeof v; ++i) out[i] = static_cast<char>(bits[i]);
+    return out;
+}
+std::string BytesI16(std::int16_t v) { return Bytes(v); }
+std::string BytesI32(std::int32_t v) { return Bytes(v); }
+std::string BytesF32(float v) { return Bytes(v); }
+std::string BytesF64(double v) { return Bytes(v); }
+
+std::string FakeHost::ReadSetting(const std::string& application, const std::string& section,
+                                  const std::string& key) {
+    if (application != "VARNEK" || section != "Setup") return "";
+    if (key == "Files1") return Files1;
+    if (key == "Files2") return Files2;
+    return "";
+}
+
+void FakeHost::ShowMessage(const std::string& text, const std::string& title) {
+    Messages.push_back(text);
+    MessageTitles.push_back(title);
+}
+
+std::string FakeHost::Prompt(const std::string& title, const std::string& question,
+                             const std::string& proposed) {
+    PromptQuestions.push_back(title + "|" + question + "|" + proposed);
+    if (PromptAnswers.empty()) return "";
+    std::string answer = PromptAnswers.front();
+    PromptAnswers.erase(PromptAnswers.begin());
+    return answer;
+}
+
+void FakeHost::StartChild(const std::string& program) {
+    ChildrenStarted.push_back(program);
+    ChildStarted = true;
+}
+
+ChildState FakeHost::PollChild() {
+    if (ChildStarted && PollsUntilEnded > 0) {
+        --PollsUntilEnded;
+        return ChildState::Running;
+    }
+    return ChildState::Ended;
+}
+
+}  // namespace tremodal::testing

@@ -1,0 +1,71 @@
+// Helpers shared by the tests: a temporary directory that cleans up after
+// itself, whole-file reads and writes, and a fake host that records the
+// messages shown and the children started.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "runcontrol/host.h"
+
+namespace tremodal::testing {
+
+// A fresh directory under the system's temporary directory, removed with
+// everything in it when the object goes.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::string& Path() const { return path_; }
+    // Path + "/" + name.
+    std::string File(const std::string& name) const;
+
+private:
+    std::string path_;
+};
+
+std::string ReadFile(const std::string& path);
+void WriteFile(const std::string& path, const std::string& bytes);
+bool Exists(const std::string& path);
+
+// Runs a command through the shell and returns its exit status; its
+// standard output and error go to the named files when given.
+int RunCommand(const std::string& command);
+
+// The number of the failure an operation ends with, 0 when it ends normally;
+// and the failure's description, empty when it ends normally.
+int FailureOf(const std::function<void()>& operation);
+std::string MessageOf(const std::function<void()>& operation);
+
+// Little-endian bytes of a value, for building binary fixtures.
+std::string BytesI16(std::int16_t v);
+std::string BytesI32(std::int32_t v);
+std::string BytesF32(float v);
+std::string BytesF64(double v);
+
+class FakeHost : public Host {
+public:
+    std::string ReadSetting(const std::string& application, const std::string& section,
+                            const std::string& key) override;
+    void ShowMessage(const std::string& text, const std::string& title) override;
+    std::string Prompt(const std::string& title, const std::string& question,
+                       const std::string& proposed) override;
+    void StartChild(const std::string& program) override;
+    ChildState PollChild() override;
+
+    std::string Files1, Files2;                // the settings
+    std::vector<std::string> Messages;         // texts shown, in order
+    std::vector<std::string> MessageTitles;
+    std::vector<std::string> PromptAnswers;    // answers given in turn
+    std::vector<std::string> PromptQuestions;  // "title|question|proposed"
+    std::vector<std::string> ChildrenStarted;
+    int PollsUntilEnded = 0;                   // polls that report Running
+    bool ChildStarted = false;
+};
+
+}  // namespace tremodal::testing

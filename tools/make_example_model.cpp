@@ -1,0 +1,504 @@
+// make_example_model: writes the files of a uniform shear building whose
+// eigen-solution is known in closed form (tools/shear_building.h), laid out as
+// the suite's solver and model editor leave them, so that an analysis run on
+// it can be checked against theory:
+//
+//   <name>.XSZ      model size and names
+//   <name>.XYZ      node coordinates
+//   <name>.H<case>  frequency case: eigenvalues, mode shapes, equation map, mass
+//   <name>.URS1     response spectrum curve, accelerations in g
+//   <name>.USM<n>   analysis options: both horizontal directions on
+//   MODEL.NAM       (with --name-file) naming this model as the current one
+//
+// Usage: make_example_model DIR [options]; the options are listed in kUsage.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "input/options_file.h"
+#include "runcontrol/binary_files.h"
+#include "runcontrol/failure.h"
+#include "runcontrol/file_system.h"
+#include "runcontrol/number_text.h"
+#include "runcontrol/run_state.h"
+#include "runcontrol/text_files.h"
+#include "shear_building.h"
+
+namespace tremodal::example {
+namespace {
+
+enum class MassForm { Lumped, Square };
+enum class SpectrumShape { Design, Flat };
+
+struct ExampleOptions {
+    std::string Dir;
+    std::string Name = "SHEAR";
+    ShearBuilding Building;
+    int Modes = -1;  // -1: all 2N
+    MassForm Mass = MassForm::Lumped;
+    double MassNoise = 0;  // off-diagonal terms of the square form, as a fraction of m
+    bool AllFreedoms = false;
+    SpectrumShape Spectrum = SpectrumShape::Design;
+    double FlatValue = 0.3;  // g
+    double Zpa = 0.2;        // g, the design curve's value at period 0
+    std::string FreqCase = "1";
+    std::string ResultsCase = "20";
+    std::string OptionsNumber = "1";
+    bool NameFile = false;
+};
+
+// The shape block is written a few modes at a time, in blocks of about this
+// size: a 30,000-node model has 1.4 MB per mode and gigabytes in all.
+constexpr std::size_t kBlockBytes = 8u * 1024 * 1024;
+// Bytes of one freedom in the shape block: i32 equation, f32 value.
+constexpr std::int64_t kFreedomBytes = 8;
+constexpr std::int64_t kNodeBytes = 6 * kFreedomBytes;
+// A frequency case above this is refused rather than left to fill the disk.
+constexpr std::int64_t kMaxCaseBytes = std::int64_t{16} * 1024 * 1024 * 1024;
+// The reader counts nodes in 16 bits.
+constexpr int kMaxStoreys = 32766;
+
+struct UsageError {
+    std::string Text;
+};
+
+const char* const kUsage =
+    "usage: make_example_model DIR [options]\n"
+    "  --name NAME           base name of the model files (SHEAR)\n"
+    "  --storeys N           storeys, 1 to 32766 (5)\n"
+    "  --modes M             keep the lowest M modes, 0 to 2N (all 2N)\n"
+    "  --mass M              storey mass, kg (1000)\n"
+    "  --kx K, --kz K        storey stiffness for sway in x and in z, N/m (1e6, 1.5e6)\n"
+    "  --height H            storey height, m (3)\n"
+    "  --all-freedoms        every floor freedom gets an equation, not only x and z\n"
+    "  --mass-form F         lumped or square (lumped)\n"
+    "  --mass-noise F        square form: off-diagonal terms of F times the storey mass (0)\n"
+    "  --spectrum S          design or flat (design)\n"
+    "  --flat-value A        flat curve value, g (0.3)\n"
+    "  --zpa A               design curve value at period 0, g (0.2)\n"
+    "  --freq-case C         frequency case number (1)\n"
+    "  --results-case C      results case number in the options (20)\n"
+    "  --options N           options number (1)\n"
+    "  --name-file           also write DIR/MODEL.NAM naming this model\n";
+
+double NumberArgument(const std::string& option, const std::string& text) {
+    try {
+        return StrictNumber(text);
+    } catch (const Failure&) {
+        throw UsageError{option + " needs a number, not \"" + text + "\""};
+    }
+}
+
+double PositiveArgument(const std::string& option, const std::string& text) {
+    const double value = NumberArgument(option, text);
+    if (!(value > 0) || !std::isfinite(value)) throw UsageError{option + " must be above 0"};
+    return value;
+}
+
+int IntegerArgument(const std::string& option, const std::string& text, int low, int high) {
+    const double value = NumberArgument(option, text);
+    if (value != std::floor(value) || value < low || value > high) {
+        throw UsageError{option + " must be a whole number from " + GeneralText(i32{low}) + " to " +
+                         GeneralText(i32{high})};
+    }
+    return static_cast<int>(value);
+}
+
+// A case or options number goes into file names as it stands.
+std::string CaseArgument(const std::string& option, const std::string& text) {
+    IntegerArgument(option, text, 1, 32767);
+    return Trim(text);
+}
+
+ExampleOptions ParseArguments(const std::vector<std::string>& args) {
+    ExampleOptions o;
+    ShearBuilding& b = o.Building;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg.rfind("--", 0) != 0) {
+            if (!o.Dir.empty()) throw UsageError{"more than one directory: " + arg};
+            o.Dir = arg;
+            continue;
+        }
+        if (arg == "--all-freedoms") {
+            o.AllFreedoms = true;
+            continue;
+        }
+        if (arg == "--name-file") {
+            o.NameFile = true;
+            continue;
+        }
+        if (i + 1 >= args.size()) throw UsageError{arg + " needs a value"};
+        const std::string& value = args[++i];
+        if (arg == "--name") {
+            if (value.empty() || value.find_first_of("/,\" ") != std::string::npos) {
+                throw UsageError{"--name must be a plain file name"};
+            }
+            o.Name = value;
+        } else if (arg == "--storeys") {
+            b.Storeys = IntegerArgument(arg, value, 1, kMaxStoreys);
+        } else if (arg == "--modes") {
+            o.Modes = IntegerArgument(arg, value, 0, 2 * kMaxStoreys);
+        } else if (arg == "--mass") {
+            b.StoreyMass = PositiveArgument(arg, value);
+        } else if (arg == "--kx") {
+            b.StiffnessX = PositiveArgument(arg, value);
+        } else if (arg == "--kz") {
+            b.StiffnessZ = PositiveArgument(arg, value);
+        } else if (arg == "--height") {
+            b.StoreyHeight = PositiveArgument(arg, value);
+        } else if (arg == "--mass-form") {
+            if (value == "lumped") {
+                o.Mass = MassForm::Lumped;
+            } else if (value == "square") {
+                o.Mass = MassForm::Square;
+            } else {
+                throw UsageError{"--mass-form is lumped or square"};
+            }
+        } else if (arg == "--mass-noise") {
+            o.MassNoise = NumberArgument(arg, value);
+        } else if (arg == "--spectrum") {
+            if (value == "design") {
+                o.Spectrum = SpectrumShape::Design;
+            } else if (value == "flat") {
+                o.Spectrum = SpectrumShape::Flat;
+            } else {
+                throw UsageError{"--spectrum is design or flat"};
+            }
+        } else if (arg == "--flat-value") {
+            o.FlatValue = PositiveArgument(arg, value);
+        } else if (arg == "--zpa") {
+            o.Zpa = PositiveArgument(arg, value);
+        } else if (arg == "--freq-case") {
+            o.FreqCase = CaseArgument(arg, value);
+        } else if (arg == "--results-case") {
+            o.ResultsCase = CaseArgument(arg, value);
+        } else if (arg == "--options") {
+            o.OptionsNumber = CaseArgument(arg, value);
+        } else {
+            throw UsageError{"unknown option " + arg};
+        }
+    }
+    if (o.Dir.empty()) throw UsageError{"no directory given"};
+    if (o.Modes > 2 * b.Storeys) throw UsageError{"--modes must not exceed twice the storeys"};
+    if (o.MassNoise != 0 && o.Mass != MassForm::Square)
+        throw UsageError{"--mass-noise needs --mass-form square"};
+
+    const std::int64_t equations = EquationCount(b.Storeys, o.AllFreedoms);
+    const std::int64_t modes = o.Modes < 0 ? 2 * b.Storeys : o.Modes;
+    const std::int64_t massBytes = o.Mass == MassForm::Square ? equations * equations * 8 : equations * 8;
+    const std::int64_t caseBytes = 40 + modes * 8 + modes * NodeCount(b.Storeys) * kNodeBytes + 8 + massBytes;
+    if (caseBytes > kMaxCaseBytes) {
+        throw UsageError{"the frequency case would take " + GeneralText(f64(caseBytes)) +
+                         " bytes; keep fewer --modes or use the lumped mass form"};
+    }
+    return o;
+}
+
+std::string ModelPath(const ExampleOptions& o) {
+    std::string dir = o.Dir;
+    while (dir.size() > 1 && dir.back() == '/') dir.pop_back();
+    return dir + "/" + o.Name;
+}
+
+// BinaryFile writes in place and keeps an old file's tail, so an older,
+// larger model under the same name is removed first.
+void RemoveOld(const std::string& path) {
+    if (FileExists(path)) DeleteFile(path);
+}
+
+// Overwrites the four bytes at `at` with a little-endian single.
+void PatchF32(std::vector<unsigned char>& block, std::size_t at, f32 value) {
+    static std::vector<unsigned char> field;
+    field.clear();
+    PutF32(field, value);
+    std::memcpy(block.data() + at, field.data(), field.size());
+}
+
+// The size file, read field by field: an unused text, the model's name and
+// title, three unused texts, the size figures on one line (elements, unused,
+// nodes, unused), seven unused texts and the unit system. The unused texts
+// record how the model was made; none may hold a comma, which ends a field.
+void WriteSizeFile(const ExampleOptions& o, const std::string& modelPath) {
+    const ShearBuilding& b = o.Building;
+    PrintFile out(modelPath + ".XSZ", TextMode::Output);
+    out.Line("EXAMPLE MODEL");
+    out.Line(o.Name);
+    out.Line("Uniform shear building of " + GeneralText(i32{b.Storeys}) + " storeys");
+    out.Line("storey mass " + GeneralText(b.StoreyMass));
+    out.Line("storey height " + GeneralText(b.StoreyHeight));
+    out.Line(o.AllFreedoms ? "all floor freedoms active" : "floors sway in x and z only");
+    // The columns are the elements: one per storey.
+    out.Line(GeneralText(i32{b.Storeys}) + ",0," + GeneralText(i32{NodeCount(b.Storeys)}) + ",0");
+    out.Line("storey stiffness x " + GeneralText(b.StiffnessX));
+    out.Line("storey stiffness z " + GeneralText(b.StiffnessZ));
+    out.Line("frequency case " + o.FreqCase);
+    out.Line(o.Mass == MassForm::Lumped ? "lumped mass" : "square mass");
+    out.Line(o.Spectrum == SpectrumShape::Flat ? "flat spectrum" : "design spectrum");
+    out.Line("-");
+    out.Line("-");
+    out.Line("0");  // metric units
+    out.Close();
+}
+
+// One 14-byte record per node: the node number, then x, y, z.
+void WriteCoordinates(const ExampleOptions& o, const std::string& modelPath) {
+    const ShearBuilding& b = o.Building;
+    std::vector<unsigned char> block;
+    for (int node = 1; node <= NodeCount(b.Storeys); ++node) {
+        const int floor = node - BaseNode();
+        PutI16(block, static_cast<i16>(node));
+        PutF32(block, 0.0f);
+        PutF32(block, static_cast<f32>(floor * b.StoreyHeight));
+        PutF32(block, 0.0f);
+    }
+    const std::string path = modelPath + ".XYZ";
+    RemoveOld(path);
+    BinaryFile file(path);
+    file.Write(block.data(), block.size());
+    file.Close();
+}
+
+// One mode's node blocks with the equation numbers in place and every value
+// 0: the solver repeats the equation map in every mode, and only the sway
+// values of the floors differ from mode to mode.
+std::vector<unsigned char> ModeTemplate(const ExampleOptions& o) {
+    const ShearBuilding& b = o.Building;
+    std::vector<unsigned char> block;
+    for (int node = 1; node <= NodeCount(b.Storeys); ++node) {
+        const int floor = node - BaseNode();
+        for (int freedom = 1; freedom <= 6; ++freedom) {
+            const std::int64_t equation = floor == 0 ? 0 : FloorEquation(floor, freedom, o.AllFreedoms);
+            PutI32(block, static_cast<i32>(equation));
+            PutF32(block, 0.0f);
+        }
+    }
+    return block;
+}
+
+void WriteMassBlock(const ExampleOptions& o, BinaryFile& file, std::int64_t equations) {
+    const double m = o.Building.StoreyMass;
+    std::vector<unsigned char> block;
+    if (o.Mass == MassForm::Lumped) {
+        // Mass form 1, a mass count of one per equation, the masses.
+        PutI32(block, 1);
+        PutI32(block, static_cast<i32>(equations));
+        for (std::int64_t i = 1; i <= equations; ++i) PutF64(block, m);
+        file.Write(block.data(), block.size());
+        return;
+    }
+    // The square form: a word the reader skips (the equation count here),
+    // then the whole matrix. Only the diagonal counts for the analysis; the
+    // optional terms beside it are a fixed, unsymmetric pattern that must not
+    // change any result.
+    PutI32(block, 0);
+    PutI32(block, static_cast<i32>(equations));
+    for (std::int64_t i = 1; i <= equations; ++i) {
+        for (std::int64_t j = 1; j <= equations; ++j) {
+            double value = i == j ? m : 0.0;
+            if (i != j && o.MassNoise != 0) value = o.MassNoise * m * double((i * 7 + j * 13) % 11 - 5) / 5.0;
+            PutF64(block, value);
+        }
+        if (block.size() >= kBlockBytes) {
+            file.Write(block.data(), block.size());
+            block.clear();
+        }
+    }
+    file.Write(block.data(), block.size());
+}
+
+// The frequency case file: header, eigenvalues, the shape block mode by mode,
+// the mass form and the mass block, all little-endian without gaps.
+void WriteFrequencyCase(const ExampleOptions& o, const std::string& modelPath,
+                        const std::vector<BuildingMode>& modes) {
+    const ShearBuilding& b = o.Building;
+    const int caseNodes = NodeCount(b.Storeys);
+    const std::int64_t equations = EquationCount(b.Storeys, o.AllFreedoms);
+    const double totalMass = b.Storeys * b.StoreyMass;
+
+    std::vector<unsigned char> block;
+    PutI32(block, caseNodes);
+    PutI32(block, static_cast<i32>(equations));
+    PutI32(block, static_cast<i32>(modes.size()));
+    PutI32(block, 0);
+    // The load case mass in slot 1; the three translations all move the
+    // whole building, the rotations are not filled in.
+    for (int slot = 1; slot <= 6; ++slot) PutF32(block, slot <= 3 ? static_cast<f32>(totalMass) : 0.0f);
+    for (const BuildingMode& mode : modes) PutF64(block, mode.Omega * mode.Omega);
+
+    const std::string path = modelPath + ".H" + o.FreqCase;
+    RemoveOld(path);
+    BinaryFile file(path);
+    file.Write(block.data(), block.size());
+
+    const std::vector<unsigned char> pattern = ModeTemplate(o);
+    block.clear();
+    block.reserve(std::max(kBlockBytes, pattern.size()) + pattern.size());
+    for (const BuildingMode& mode : modes) {
+        const std::size_t start = block.size();
+        block.insert(block.end(), pattern.begin(), pattern.end());
+        const std::int64_t valueOffset = (SwayFreedom(mode.Family) - 1) * kFreedomBytes + 4;
+        for (int floor = 1; floor <= b.Storeys; ++floor) {
+            const std::int64_t at = (FloorNode(floor) - 1) * kNodeBytes + valueOffset;
+            const double phi = ShapeValue(b.Storeys, b.StoreyMass, mode.Order, floor);
+            PatchF32(block, start + static_cast<std::size_t>(at), static_cast<f32>(phi));
+        }
+        if (block.size() >= kBlockBytes) {
+            file.Write(block.data(), block.size());
+            block.clear();
+        }
+    }
+    file.Write(block.data(), block.size());
+    WriteMassBlock(o, file, equations);
+    file.Close();
+}
+
+struct CurvePoint {
+    f32 Period;
+    f32 Value;
+};
+
+// The curve in g. The flat curve makes the spectral displacement of every
+// mode exactly 9.81 A / omega^2; its last point lies beyond the first mode's
+// period, though a longer period would take the end value all the same. The
+// design curve rises from the zero period acceleration to a plateau of 2.5
+// times it between 0.1 and 0.5 s, then falls off as 1/T.
+std::vector<CurvePoint> SpectrumPoints(const ExampleOptions& o, const std::vector<BuildingMode>& all) {
+    std::vector<CurvePoint> points;
+    if (o.Spectrum == SpectrumShape::Flat) {
+        const double firstPeriod = all.empty() ? 0.0 : 2.0 * kPi / all.front().Omega;
+        const double last = std::max(10.0, std::ceil(2.0 * firstPeriod));
+        points.push_back({0.0f, static_cast<f32>(o.FlatValue)});
+        points.push_back({static_cast<f32>(last), static_cast<f32>(o.FlatValue)});
+        return points;
+    }
+    const double a0 = o.Zpa;
+    const double plateau = 2.5 * a0;
+    const double rise = 0.1;
+    const double corner = 0.5;
+    for (double t : {0.0, 0.05, 0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.8, 1.0,
+                     1.2, 1.5,  2.0, 2.5, 3.0, 4.0, 5.0, 6.0, 8.0, 10.0}) {
+        double value = plateau;
+        if (t < rise) value = a0 + (plateau - a0) * t / rise;
+        if (t > corner) value = plateau * corner / t;
+        points.push_back({static_cast<f32>(t), static_cast<f32>(value)});
+    }
+    return points;
+}
+
+void WriteSpectrum(const std::string& path, const std::vector<CurvePoint>& points) {
+    PrintFile out(path, TextMode::Output);
+    for (const CurvePoint& p : points) out.Line(GeneralText(p.Period) + "," + GeneralText(p.Value));
+    out.Line("-1");
+    out.Close();
+}
+
+// The options of a fresh dialog, with both horizontal directions switched on
+// and the curve beside the model; the writer stores it as MODEL.URS1.
+void WriteOptions(const ExampleOptions& o, const std::string& modelPath, const std::string& spectrumPath) {
+    RunState state;
+    state.Model.ModelPath = modelPath;
+    state.Model.ModelName = o.Name;
+    SetFreshOptions(state.Options);
+    state.Options.OptionsNumber = o.OptionsNumber;
+    state.Options.OptionsFile = modelPath + ".USM" + o.OptionsNumber;
+    state.Options.FreqCase = o.FreqCase;
+    state.Options.ResultsCase = o.ResultsCase;
+    state.Options.SpectrumFile = spectrumPath;
+    state.Options.DirOn(1) = 1;
+    state.Options.DirOn(3) = 1;
+    WriteOptionsFile(state);
+}
+
+void WriteNameFile(const ExampleOptions& o, const std::string& modelPath) {
+    std::string dir = o.Dir;
+    while (dir.size() > 1 && dir.back() == '/') dir.pop_back();
+    PrintFile out(dir + "/MODEL.NAM", TextMode::Output);
+    out.Line("\"" + modelPath + "\",\"" + o.Name + "\"");
+    out.Close();
+}
+
+std::string PadLeft(const std::string& text, std::size_t width) {
+    return text.size() >= width ? text : std::string(width - text.size(), ' ') + text;
+}
+
+std::string PadRight(const std::string& text, std::size_t width) {
+    return text.size() >= width ? text : text + std::string(width - text.size(), ' ');
+}
+
+void PrintSummary(const ExampleOptions& o, const std::string& modelPath,
+                  const std::vector<BuildingMode>& modes, std::size_t curvePoints) {
+    const ShearBuilding& b = o.Building;
+    const std::int64_t equations = EquationCount(b.Storeys, o.AllFreedoms);
+    std::cout << "Uniform shear building of " << GeneralText(i32{b.Storeys}) << " storeys, storey mass "
+              << GeneralText(b.StoreyMass) << ", stiffness x " << GeneralText(b.StiffnessX) << ", z "
+              << GeneralText(b.StiffnessZ) << "\n";
+    std::cout << "  " << modelPath << ".XSZ\n";
+    std::cout << "  " << modelPath << ".XYZ  " << GeneralText(i32{NodeCount(b.Storeys)})
+              << " nodes, node 1 the base\n";
+    std::cout << "  " << modelPath << ".H" << o.FreqCase << "  " << GeneralText(i32(modes.size()))
+              << " modes, " << GeneralText(f64(equations)) << " equations, "
+              << (o.Mass == MassForm::Lumped ? "lumped" : "square") << " mass\n";
+    std::cout << "  " << modelPath << ".URS1  " << (o.Spectrum == SpectrumShape::Flat ? "flat" : "design")
+              << " spectrum, " << GeneralText(i32(curvePoints)) << " points\n";
+    std::cout << "  " << modelPath << ".USM" << o.OptionsNumber << "  frequency case " << o.FreqCase
+              << ", results case " << o.ResultsCase << ", directions x and z\n";
+    if (o.NameFile) std::cout << "  MODEL.NAM\n";
+    std::cout << "  Mode  Sway      n         Omega (rad/s)        Frequency (Hz)            Period (s)\n";
+    for (std::size_t i = 0; i < modes.size(); ++i) {
+        const BuildingMode& mode = modes[i];
+        std::cout << PadLeft(GeneralText(i32(i + 1)), 6) << "  "
+                  << PadRight(mode.Family == Sway::X ? "x" : "z", 4)
+                  << PadLeft(GeneralText(i32{mode.Order}), 7) << "  " << PadLeft(GeneralText(mode.Omega), 20)
+                  << "  " << PadLeft(GeneralText(mode.Omega / (2.0 * kPi)), 20) << "  "
+                  << PadLeft(GeneralText(2.0 * kPi / mode.Omega), 20) << "\n";
+    }
+}
+
+int Run(const std::vector<std::string>& args) {
+    ExampleOptions o;
+    try {
+        o = ParseArguments(args);
+    } catch (const UsageError& error) {
+        std::cerr << "make_example_model: " << error.Text << "\n" << kUsage;
+        return 2;
+    }
+    try {
+        std::filesystem::create_directories(o.Dir);
+        const std::string modelPath = ModelPath(o);
+        const std::vector<BuildingMode> all = SortedModes(o.Building);
+        const std::vector<BuildingMode> modes = SortedModes(o.Building, o.Modes);
+        const std::vector<CurvePoint> curve = SpectrumPoints(o, all);
+        const std::string spectrumPath = modelPath + ".URS1";
+
+        WriteSizeFile(o, modelPath);
+        WriteCoordinates(o, modelPath);
+        WriteFrequencyCase(o, modelPath, modes);
+        WriteSpectrum(spectrumPath, curve);
+        WriteOptions(o, modelPath, spectrumPath);
+        if (o.NameFile) WriteNameFile(o, modelPath);
+        PrintSummary(o, modelPath, modes, curve.size());
+    } catch (const Failure& failure) {
+        std::cerr << "make_example_model: failure " << GeneralText(i32{failure.Number()}) << ": "
+                  << failure.what() << "\n";
+        return 1;
+    } catch (const std::exception& error) {
+        std::cerr << "make_example_model: " << error.what() << "\n";
+        return 1;
+    }
+    return 0;
+}
+
+}  // namespace
+}  // namespace tremodal::example
+
+int main(int argc, char** argv) {
+    std::vector<std::string> args(argv + 1, argv + argc);
+    return tremodal::example::Run(args);
+}
