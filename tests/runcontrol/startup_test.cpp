@@ -128,6 +128,34 @@ TEST(Startup, BatchFailuresLeaveTheirLineInTheLog) {
     }
 }
 
+TEST(Startup, DamagedModelFilesEndInNumberedFailures) {
+    struct Case {
+        const char* file;
+        std::string content;
+        std::string log;  // the log file, beside the model or the name file
+        const char* line;
+    };
+    const std::string tail = " ; Model Or Data; Error - Check; Model & Re - Run; \r\n";
+    const Case cases[] = {
+        {"MODEL.NAM", "", "MODEL.NAM.LOG", "TREMODAL  E 62 ; L;  0"},
+        {"FRAME.XSZ", "a\r\nFRAME\r\nt\r\n1\r\n2\r\n3\r\n5,0,1e40,0\r\n", "FRAME.LOG", "TREMODAL  E 6 ; L;  0"},
+        {"FRAME.XSZ", "a\r\nFRAME\r\nt\r\n1\r\n2\r\n3\r\n5,0,-5,0\r\n1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n1\r\n",
+         "FRAME.LOG", "TREMODAL  E 9 ; L;  34"},
+        {"FRAME.XSZ", std::string("\x7f\x45\x4c\x46\0\0\x01\xff,,,\n\"", 13), "FRAME.LOG", "TREMODAL  E 62 ; L;  0"},
+    };
+    for (const Case& c : cases) {
+        StartFixture f;
+        WriteFile(f.model.dir.File(c.file), c.content);
+        EXPECT_EQ(Main(f.state, "3/7/"), StartOutcome::Ended) << c.line;
+        EXPECT_EQ(ReadFile(f.model.dir.File(c.log)), c.line + tail);
+    }
+    // A size file with absurd figures but no more nodes than 16 bits can
+    // number is no failure: the coordinates that are missing read as 0.
+    StartFixture f;
+    WriteFile(f.model.File(".XYZ"), std::string(100000, '\xff'));
+    ASSERT_EQ(Main(f.state, "3/7/"), StartOutcome::BatchWaiting);
+}
+
 TEST(Startup, MissingNameFileLogsBesideIt) {
     StartFixture f;
     std::remove(f.model.dir.File("MODEL.NAM").c_str());
