@@ -24,10 +24,22 @@ echo "TreModal exit status: $status"
 echo
 echo "== What the run left in $work/model =="
 ls -l "$work/model"
-for f in "$work/model/response.cnt" "$work/model/SHEAR.L20"; do
+
+# The report (spectrum, participation) is kept in the results case file as
+# comment lines behind the options; show it as the dialog would.
+results="$work/model/SHEAR.L20"
+if [ -f "$results" ]; then
+  echo
+  echo "== The report of the run (from SHEAR.L20) =="
+  tr -d '\r' < "$results" | sed -n '/^ACOM,------SPECTRUM and PARTICIPATION DATA/,$p' | sed '1d; s/^ACOM,//'
+fi
+for f in "$work/model/response.cnt" "$work/model/SHEAR.LOG"; do
   if [ -f "$f" ]; then echo; echo "-- $(basename "$f") --"; tr -d '\r' < "$f"; fi
 done
-if [ -f "$work/model/SHEAR.LOG" ]; then echo; echo "-- SHEAR.LOG --"; tr -d '\r' < "$work/model/SHEAR.LOG"; fi
 echo
-echo "The results are in $work/model (response files SHEAR.HS*, results case SHEAR.L20, .W20, .120, .220)."
+echo "The results are in $work/model:"
+echo "  SHEAR.HS1, SHEAR.HS3   modal response of directions 1 (x) and 3 (z): frequencies and mode blocks"
+echo "  SHEAR.L20              results case 20: options and report as comment lines"
+echo "  SHEAR.W20 .120 .220    the results case's binary files; SHEAR.NSL the load case list"
+echo "  response.cnt           the summary casepost reads"
 exit "$status"

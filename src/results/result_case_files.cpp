@@ -1,11 +1,64 @@
 #include "results/result_case_files.h"
 
+#include <vector>
+
+#include "runcontrol/binary_files.h"
+#include "runcontrol/checked_math.h"
+#include "runcontrol/file_system.h"
+#include "runcontrol/number_text.h"
+
 namespace tremodal {
 
-// Not yet built: this operation does nothing until its subsystem lands.
-void WriteForceFiles(RunState&, const std::string&) {}
+namespace {
 
-// Not yet built: this operation does nothing until its subsystem lands.
-void WriteCaseIndexFiles(RunState&, const std::string&) {}
+// Record of one element in the .1 file: its number three times around two
+// groups of six values. This program has no element forces to give, so the
+// values are all zero; the suite needs the records to list the elements.
+constexpr std::size_t kForceRecordBytes = 54;
+constexpr std::size_t kTextBytes = 55;
+
+std::string CaseFile(const RunState& s, const char* suffix, const std::string& caseNo) {
+    return s.Model.ModelPath + suffix + LTrim(caseNo);
+}
+
+}  // namespace
+
+void WriteForceFiles(RunState& s, const std::string& caseNo) {
+    BinaryFile count(CaseFile(s, ".W", caseNo));
+    count.WriteF32(s.Model.NumElements);
+    count.Close();
+
+    // Element numbers are 16-bit in the suite's result files.
+    const i16 elements = RoundToI16(s.Model.NumElements);
+    std::vector<unsigned char> records;
+    records.reserve(elements > 0 ? std::size_t(elements) * kForceRecordBytes : 0);
+    for (i32 e = 1; e <= elements; ++e) {
+        const i16 i = i16(e);
+        PutI16(records, i);
+        PutI16(records, i);
+        for (int k = 0; k < 6; ++k) PutF32(records, 0);
+        PutI16(records, i);
+        for (int k = 0; k < 6; ++k) PutF32(records, 0);
+    }
+    BinaryFile forces(CaseFile(s, ".1", caseNo));
+    forces.Write(records.data(), records.size());
+    forces.Close();
+}
+
+void WriteCaseIndexFiles(RunState& s, const std::string& caseNo) {
+    const i16 elements = RoundToI16(s.Model.NumElements);
+    std::vector<unsigned char> index;
+    PutFixedText(index, s.Model.LoadCaseTitle, kTextBytes);
+    PutFixedText(index, DateText(CurrentTime()), kTextBytes);
+    PutFixedText(index, TimeText(CurrentTime()), kTextBytes);
+    PutF32(index, s.Model.NumElements);
+    PutF32(index, s.Model.NumNodes);
+    for (int k = 0; k < 4; ++k) PutI32(index, 0);
+    for (i32 i = 1; i <= elements; ++i) PutI16(index, i16(i));
+
+    BinaryFile file(CaseFile(s, ".2", caseNo));
+    file.Write(index.data(), index.size());
+    file.Close();
+}
 
 }  // namespace tremodal

@@ -1,8 +1,59 @@
 #include "results/spectrum_report.h"
 
+#include "runcontrol/checked_math.h"
+#include "runcontrol/number_text.h"
+
 namespace tremodal {
 
-// Not yet built: this operation does nothing until its subsystem lands.
-void ReportSpectrum(RunState&) {}
+namespace {
+
+// The mode number in a column of four: the signed text, blanks behind it.
+std::string ModeColumn(i32 m) {
+    std::string text = SignedText(m);
+    if (text.size() < 4) text.append(4 - text.size(), ' ');
+    return text;
+}
+
+}  // namespace
+
+void ReportSpectrum(RunState& s) {
+    std::vector<std::string>& list = s.List1;
+    const SpectrumCurve& curve = s.Curve;
+
+    // The curve as the file gives it: no factor, in the file's own kind.
+    list.push_back(" ");
+    list.push_back("Response Spectrum Curve");
+    list.push_back("Period (Secs)      Value ");
+    for (i32 i = 1; i <= curve.CurvePoints; ++i) {
+        list.push_back(FormatField(curve.CurvePeriod(i), "##0.000", 11) +
+                       FormatField(curve.CurveValue(i), "###0.0000", 14));
+    }
+
+    // The values the analysis uses: the spectral displacement of each mode
+    // with the factor in it, and the pseudo-velocity and pseudo-acceleration
+    // worked from it at the mode's frequency, whatever kind the curve was.
+    list.push_back(" ");
+    list.push_back("Response Spectrum Curve - Modal Points");
+    list.push_back("Curve Factor " + SignedText(s.Options.CurveFactor));
+    // Metric models show the displacement in millimetres; only that column
+    // is scaled.
+    f64 multiplier = 1;
+    if (s.Model.UnitSystem == 1) {
+        list.push_back("Mode  Period (Secs)     Disp(ins)    Velocity(ins/s)  Accel(ins/s2)");
+    } else {
+        list.push_back("Mode  Period (Secs)     Disp(mm)    Velocity(ins/s)  Accel(ins/s2)");
+        multiplier = 1000;
+    }
+    for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
+        const f32 omega = s.Freq.Omega(m);
+        const f32 spectrum = curve.ModalSpectrum(m);
+        const f32 period = StoreF32(Div(6.28318530717958, omega));
+        const f32 displacement = StoreF32(multiplier * spectrum);
+        const f32 velocity = StoreF32(f64(omega) * spectrum);
+        const f32 acceleration = StoreF32(f64(omega) * omega * spectrum);
+        list.push_back(ModeColumn(m) + FormatField(period, "##0.000", 11) + FormatField(displacement, "###0.0000", 14) +
+                       FormatField(velocity, "###0.0000", 14) + FormatField(acceleration, "###0.0000", 14));
+    }
+}
 
 }  // namespace tremodal

@@ -23,10 +23,14 @@ struct DriverFixture {
         s.Ui = &host;
         s.Model.FilesDir = model.dir.Path();
         s.Model.ModelPath = model.modelPath;
+        s.Model.NumNodes = 4;
+        for (Array1<f32>* axis : {&s.Model.NodeX, &s.Model.NodeY, &s.Model.NodeZ}) axis->Allocate(4);
         SetFreshOptions(s.Options);
         s.Options.FreqCase = "1";
         s.Options.ResultsCase = "20";
-        WriteFile(model.File(".H1"), "");
+        s.Options.SpectrumFile = model.File(".URS1");
+        s.Options.OptionsFile = model.File(".USM3");
+        model.WriteFrequencyCase();
     }
     std::string ResponseCount() const { return ReadFile(model.dir.File("response.cnt")); }
 };
@@ -144,27 +148,29 @@ TEST(AnalysisDriver, RunPhaseDecidesWhetherTheResultsAreWritten) {
     AnalyzeResponse(first.s);
     EXPECT_FALSE(Exists(first.model.dir.File("response.cnt")));
     EXPECT_EQ(first.s.Model.LoadCaseTitle, "");
-    EXPECT_EQ(first.s.List1.back(), "Total      0.000E00    0.000E00    0.000E00");
+    // Mode 1 sways in x with participation 1.5 at 10 rad/s on a flat curve
+    // of 1 g: 1.5^2 x 9.81.
+    EXPECT_EQ(first.s.List1.back(), "Total      2.207E01    0.000E00    0.000E00");
 }
 
 TEST(AnalysisDriver, SingleModeGuardStopsBeforeAnyOutput) {
     DriverFixture f;
-    f.s.Options.SingleMode = 1;  // the case has no modes
+    f.s.Options.SingleMode = 3;  // the case has two modes
     f.s.Options.ShowModalShear = 1;
     f.s.BaseShear(2) = 5;
     AnalyzeResponse(f.s);
     ASSERT_EQ(f.host.Messages.size(), 1u);
-    EXPECT_EQ(f.host.Messages[0], "Only 0 modes exist");
+    EXPECT_EQ(f.host.Messages[0], "Only 2 modes exist");
     EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL");
     EXPECT_TRUE(f.s.List1.empty());
     EXPECT_FALSE(Exists(f.model.dir.File("response.cnt")));
     EXPECT_EQ(f.s.BaseShear(2), 0.0f);  // the accumulators are cleared before the guard
 
     DriverFixture negative;
-    negative.s.Options.SingleMode = -1;  // passes the guard
-    AnalyzeResponse(negative.s);
+    negative.s.Options.SingleMode = -1;  // passes the guard, but names no mode
+    EXPECT_EQ(FailureOf([&] { AnalyzeResponse(negative.s); }), 9);
     EXPECT_TRUE(negative.host.Messages.empty());
-    EXPECT_TRUE(Exists(negative.model.dir.File("response.cnt")));
+    EXPECT_FALSE(Exists(negative.model.dir.File("response.cnt")));
 }
 
 TEST(AnalysisDriver, MissingFrequencyCaseIsFileNotFound) {

@@ -48,7 +48,7 @@ struct StartFixture {
         host.Files1 = model.dir.Path();
         host.Files2 = model.dir.File("bin");
         state.Ui = &host;
-        WriteFile(model.File(".H1"), "");
+        model.WriteFrequencyCase();
     }
     std::string Log() const { return ReadFile(model.File(".LOG")); }
 };

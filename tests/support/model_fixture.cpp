@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "support/frequency_case_fixture.h"
+
 namespace tremodal::testing {
 
 namespace {
@@ -59,28 +61,48 @@ ModelFixture::ModelFixture() : modelPath(dir.File("FRAME")) {
     WriteFile(File(".URS1"), "0,1\r\n10,1\r\n-1\r\n");
 }
 
-std::string ModelFixture::WriteSettings() const {
-    std::filesystem::create_directories(dir.File("config/VARNEK"));
-    WriteFile(dir.File("config/VARNEK/VARNEK.conf"),
-              "[Setup]\nFiles1=" + dir.Path() + "\nFiles2=" + dir.File("bin") + "\n");
-    return dir.File("config");
+void ModelFixture::WriteFrequencyCase() const {
+    FrequencyCaseData c;
+    c.CaseNodes = 4;
+    c.NumDof = 6;
+    c.DirMass = {3, 3, 3, 0, 0, 0};
+    c.Eigenvalues = {100, 400};
+    c.NodeDof = {{0, 0, 0, 0, 0, 0}, {1, 0, 2, 0, 0, 0}, {3, 0, 4, 0, 0, 0}, {5, 0, 6, 0, 0, 0}};
+    c.Shapes = {{0, 0.25f, 0, 0.5f, 0, 0.75f, 0}, {0, 0, 0.3f, 0, 0.6f, 0, -0.4f}};
+    c.MassForm = 1;
+    c.Masses = {1, 1, 1, 1, 1, 1};
+    WriteFile(File(".H1"), FrequencyCaseBytes(c));
 }
 
-void ModelFixture::WriteStandInCasepost() const {
-    std::filesystem::create_directories(dir.File("bin"));
-    const std::string path = dir.File("bin/casepost");
-    WriteFile(path, "#!/bin/sh\necho \"casepost ran in $(pwd)\" >> '" + dir.File("casepost.out") + "'\n");
+std::string WriteSettingsIn(const std::string& dir) {
+    std::filesystem::create_directories(dir + "/config/VARNEK");
+    WriteFile(dir + "/config/VARNEK/VARNEK.conf", "[Setup]\nFiles1=" + dir + "\nFiles2=" + dir + "/bin\n");
+    return dir + "/config";
+}
+
+void WriteStandInCasepostIn(const std::string& dir) {
+    std::filesystem::create_directories(dir + "/bin");
+    const std::string path = dir + "/bin/casepost";
+    WriteFile(path, "#!/bin/sh\necho \"casepost ran in $(pwd)\" >> '" + dir + "/casepost.out'\n");
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
-int ModelFixture::RunTreModal(const std::string& commandLine) const {
+int RunTreModalIn(const std::string& dir, const std::string& commandLine) {
     const char* binary = TREMODAL_BIN;
-    const std::string config = WriteSettings();
+    const std::string config = WriteSettingsIn(dir);
     // No screen: message boxes must go to standard error and never wait.
-    const std::string command = "cd '" + dir.Path() + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" +
-                                config + "' timeout 60 '" + binary + "' " + commandLine + " 2> '" +
-                                dir.File("stderr.txt") + "' < /dev/null";
+    const std::string command = "cd '" + dir + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" + config +
+                                "' timeout 60 '" + binary + "' " + commandLine + " 2> '" + dir +
+                                "/stderr.txt' < /dev/null";
     return RunCommand(command);
+}
+
+std::string ModelFixture::WriteSettings() const { return WriteSettingsIn(dir.Path()); }
+
+void ModelFixture::WriteStandInCasepost() const { WriteStandInCasepostIn(dir.Path()); }
+
+int ModelFixture::RunTreModal(const std::string& commandLine) const {
+    return RunTreModalIn(dir.Path(), commandLine);
 }
 
 std::string ModelFixture::Stderr() const { return ReadFile(dir.File("stderr.txt")); }

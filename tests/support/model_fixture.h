@@ -13,6 +13,13 @@ namespace tremodal::testing {
 // and the curve beside the model, as the suite's other tools expect it.
 extern const char* const kFreshOptionsFile;
 
+// The same three for any directory laid out as the suite's Files1, with the
+// programs in dir/bin: the settings file, a stand-in casepost, and a run of
+// the real TreModal there with standard error in dir/stderr.txt.
+std::string WriteSettingsIn(const std::string& dir);
+void WriteStandInCasepostIn(const std::string& dir);
+int RunTreModalIn(const std::string& dir, const std::string& commandLine);
+
 struct ModelFixture {
     TempDir dir;
     std::string modelPath;  // dir + "/FRAME"
@@ -23,6 +30,10 @@ struct ModelFixture {
     ModelFixture();
 
     std::string File(const std::string& suffix) const { return modelPath + suffix; }
+
+    // FRAME.H1: two modes of the three upper nodes swaying in x and z, six
+    // equations of unit lumped mass; node 1 is the restrained base.
+    void WriteFrequencyCase() const;
 
     // The user settings file of a configuration directory dir/config, with
     // Files1 = dir and Files2 = dir/bin.

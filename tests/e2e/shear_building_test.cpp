@@ -1,0 +1,177 @@
+// The analysis against theory: a uniform shear building whose modes and
+// frequencies are known in closed form, run through the whole analysis as a
+// batch run does, on the files the example tool writes.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "runcontrol/analysis_driver.h"
+#include "runcontrol/startup.h"
+#include "support/test_support.h"
+#include "tools/shear_building.h"
+
+namespace tremodal {
+namespace {
+
+using example::BuildingMode;
+using example::FloorEquation;
+using example::ShearBuilding;
+using example::SortedModes;
+using example::Sway;
+using testing::FakeHost;
+using testing::RunCommand;
+using testing::TempDir;
+
+constexpr double kFlatValue = 0.3;          // g, all over the curve
+constexpr double kAcceleration = 9.81 * kFlatValue;  // with the options' curve factor
+
+// Single precision carries about 7 digits; sums over a few modes lose a few
+// units in the last place.
+void ExpectNear(double actual, double expected, const std::string& what, double relative = 2e-6) {
+    EXPECT_NEAR(actual, expected, relative * std::max(1.0, std::fabs(expected))) << what;
+}
+
+struct BuildingRun {
+    TempDir dir;
+    ShearBuilding building;
+    FakeHost host;
+    RunState state;
+
+    // Writes the five-storey building with the lowest `modes` modes (all 10
+    // by default) and a flat acceleration spectrum, and starts a batch run on
+    // it, which runs the analysis once with the example's options.
+    explicit BuildingRun(int modes = -1, const std::string& extra = "") {
+        const std::string command = std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() +
+                                    "' --name-file --spectrum flat --flat-value 0.3" +
+                                    (modes >= 0 ? " --modes " + std::to_string(modes) : "") + " " + extra +
+                                    " > /dev/null";
+        if (RunCommand(command) != 0) throw std::runtime_error("example tool failed: " + command);
+        host.Files1 = dir.Path();
+        host.Files2 = dir.File("bin");
+        state.Ui = &host;
+        if (Main(state, "1/20/") != StartOutcome::BatchWaiting) throw std::runtime_error("start-up failed");
+    }
+
+    // Runs again with only direction d on.
+    void RunDirection(i16 d, i16 combMethod = 0) {
+        for (int i = 1; i <= 6; ++i) state.Options.DirOn(i) = i == d ? 1 : 0;
+        state.Options.CombMethod = combMethod;
+        state.List1.clear();
+        AnalyzeResponse(state);
+    }
+
+    // The equation of a floor's freedom, and the run's mode number of a
+    // building mode (modes are stored by ascending frequency).
+    i32 Equation(int floor, int freedom) const { return i32(FloorEquation(floor, freedom, false)); }
+};
+
+TEST(ShearBuilding, ParticipationDisplacementsAndShearMatchTheClosedForm) {
+    BuildingRun run;
+    run.RunDirection(1);
+    const RunState& s = run.state;
+    const std::vector<BuildingMode> modes = SortedModes(run.building);
+    ASSERT_EQ(s.Freq.NumModes, 10);
+
+    double shearSquares = 0;
+    for (std::size_t i = 0; i < modes.size(); ++i) {
+        const i32 m = i32(i + 1);
+        const BuildingMode& mode = modes[i];
+        const double gamma = example::ModeParticipation(run.building, mode, 1);
+        ExpectNear(s.Freq.Omega(m), mode.Omega, "omega of mode " + std::to_string(m));
+        ExpectNear(s.Participation(m), gamma, "participation of mode " + std::to_string(m), 5e-6);
+        // A flat acceleration curve gives the spectral displacement a / omega^2.
+        const double sd = kAcceleration / (mode.Omega * mode.Omega);
+        ExpectNear(s.Curve.ModalSpectrum(m), sd, "spectral displacement of mode " + std::to_string(m));
+        for (int floor = 1; floor <= run.building.Storeys; ++floor) {
+            const double phi = example::ModeValue(run.building, mode, floor, 1);
+            ExpectNear(s.ModalDisp(run.Equation(floor, 1), m), sd * gamma * phi,
+                       "x displacement of floor " + std::to_string(floor) + " in mode " + std::to_string(m),
+                       2e-5);
+            ExpectNear(s.ModalAccel(run.Equation(floor, 1), m), kAcceleration * gamma * phi,
+                       "x acceleration of floor " + std::to_string(floor) + " in mode " + std::to_string(m),
+                       2e-5);
+            EXPECT_EQ(s.ModalDisp(run.Equation(floor, 3), m), 0.0f) << "no z response to an x motion";
+        }
+        const double modalShear = gamma * gamma * kAcceleration;
+        shearSquares += modalShear * modalShear;
+    }
+    // SRSS leaves the square of the base shear.
+    ExpectNear(std::sqrt(s.BaseShear(1)), std::sqrt(shearSquares), "SRSS base shear", 1e-5);
+    ExpectNear(s.ExcitedMass, 5000, "mass moved by an x motion");
+    // With every mode kept, the ZPA of the highest mode is the curve's.
+    ExpectNear(s.Curve.ZpaValue, kAcceleration, "ZPA from the highest mode");
+}
+
+TEST(ShearBuilding, AllModesReachTheWholeMassAndFewerLeaveTheRestMissing) {
+    {
+        BuildingRun run;
+        run.state.Options.MissMassOn = 1;
+        run.RunDirection(1);
+        // The last participation row of the direction shows 100.00 %.
+        std::string lastRow;
+        for (const std::string& line : run.state.List1) {
+            if (line.size() == 65) lastRow = line;
+        }
+        ASSERT_FALSE(lastRow.empty());
+        EXPECT_EQ(lastRow.substr(52, 7), " 100.00") << lastRow;
+        // What no mode reaches is rounding noise against the building's mass.
+        EXPECT_LT(std::fabs(run.state.MissMassBase), 5000 * kAcceleration * 1e-5);
+    }
+    {
+        BuildingRun run(4);  // x1, z1, x2, z2
+        run.state.Options.MissMassOn = 1;
+        run.RunDirection(1);
+        const double kept = example::EffectiveMass(5, 1000, 1) + example::EffectiveMass(5, 1000, 2);
+        // The ZPA comes from the highest mode kept, z2: on a flat curve it is
+        // the curve's acceleration all the same.
+        ExpectNear(run.state.MissMassBase, (5000 - kept) * kAcceleration, "missing mass load", 2e-5);
+        double residual = 0;
+        for (i32 e = 1; e <= run.state.Freq.NumDof; ++e) residual += run.state.ResidualMass(e);
+        ExpectNear(run.state.MissMassFactor * residual, 5000 - kept, "missing mass", 2e-5);
+        // The report's cumulative share after mode 4 is that of x1 and x2.
+        std::string lastRow;
+        for (const std::string& line : run.state.List1) {
+            if (line.size() == 65) lastRow = line;
+        }
+        const double percent = kept / 5000 * 100;
+        EXPECT_NEAR(std::stod(lastRow.substr(52, 7)), percent, 0.006) << lastRow;
+    }
+}
+
+TEST(ShearBuilding, PrincipalAngleSplitsTheMotionAndRotationsUseTheHeights) {
+    BuildingRun run;
+    run.state.Options.PrincipalAngle = 30;
+    run.RunDirection(1);
+    const RunState& s = run.state;
+    const double c = std::cos(30 * example::kPi / 180), sn = std::sin(30 * example::kPi / 180);
+    for (int floor = 1; floor <= 5; ++floor) {
+        ExpectNear(s.Excitation(run.Equation(floor, 1)), c, "x excitation");
+        ExpectNear(s.Excitation(run.Equation(floor, 3)), sn, "z excitation");
+    }
+    const std::vector<BuildingMode> modes = SortedModes(run.building);
+    for (std::size_t i = 0; i < modes.size(); ++i) {
+        const double along = modes[i].Family == Sway::X ? c : sn;
+        ExpectNear(s.Participation(i32(i + 1)),
+                   along * example::ParticipationFactor(5, 1000, modes[i].Order),
+                   "participation at 30 degrees, mode " + std::to_string(i + 1), 5e-6);
+    }
+
+    // A rotation about the major wave axis (here x) moves each floor in z by
+    // its height above the datum; one about the minor wave axis moves it in x
+    // by minus its height.
+    run.state.Options.PrincipalAngle = 0;
+    run.state.Options.GroundY = 1.5f;
+    run.RunDirection(4);
+    for (int floor = 1; floor <= 5; ++floor) {
+        ExpectNear(s.Excitation(run.Equation(floor, 3)), floor * 3.0 - 1.5, "z arm of rotation 4");
+        EXPECT_EQ(s.Excitation(run.Equation(floor, 1)), 0.0f);
+    }
+    run.RunDirection(6);
+    for (int floor = 1; floor <= 5; ++floor) {
+        ExpectNear(s.Excitation(run.Equation(floor, 1)), -(floor * 3.0 - 1.5), "x arm of rotation 6");
+    }
+}
+
+}  // namespace
+}  // namespace tremodal

@@ -1,0 +1,439 @@
+#include "input/frequency_case.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+
+#include "support/frequency_case_fixture.h"
+#include "support/test_support.h"
+
+namespace tremodal {
+namespace {
+
+using testing::BytesF32;
+using testing::BytesF64;
+using testing::BytesI32;
+using testing::FailureOf;
+using testing::FakeHost;
+using testing::FrequencyCaseBytes;
+using testing::FrequencyCaseData;
+using testing::TempDir;
+using testing::WriteFile;
+
+const char* const kLumpedText = "Lumped Mass Model should be used for Seismic Response Analysis";
+const char* const kSquareText =
+    "Lumped Mass Model should be used for Seismic Response Analysis\n"
+    "Ignore if Lumped Mass is set for 3-D Jacobi Eigen Solver";
+
+struct CaseFixture {
+    TempDir dir;
+    FakeHost host;
+    RunState state;
+    explicit CaseFixture(float nodes = 2) {
+        state.Model.ModelPath = dir.File("FRAME");
+        state.Model.NumNodes = nodes;
+        state.Options.FreqCase = " 1";
+        state.Options.DampingRatio = 0.05f;
+        state.Ui = &host;
+    }
+    void Write(const std::string& bytes) { WriteFile(dir.File("FRAME.H1"), bytes); }
+    // The reads of a run up to the end of the mass block, as the driver
+    // makes them.
+    void ReadAll() {
+        ReadFrequencyCase(state);
+        if (state.Freq.MassForm == 0) ReadMassMatrix(state);
+        if (state.Freq.MassForm == 1) ReadMassVector(state);
+    }
+    std::int64_t Position() { return state.Freq.Stream->Position() - 1; }
+};
+
+// Two case nodes, three modes, six equations; node 2 has no rotations.
+FrequencyCaseData TwoNodeCase() {
+    FrequencyCaseData c;
+    c.CaseNodes = 2;
+    c.NumDof = 6;
+    c.DirMass = {12.5f, 1, 2, 3, 4, 5};
+    c.Eigenvalues = {39.5, 412.25, 1000.001};
+    c.NodeDof = {{1, 2, 3, 4, 5, 6}, {0, 0, 0, 0, 0, 0}};
+    c.Shapes = {{0, 0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f},
+                {0, -1.5f, 2.5f, -3.5f, 4.5f, -5.5f, 6.5f},
+                {0, 7, 8, 9, 10, 11, 12}};
+    c.MassForm = 1;
+    c.Masses = {1.25, 2.5, 3.75, 5, 6.25, 7.1};
+    return c;
+}
+
+// Offset of the f32 value of freedom d of case node n in mode m.
+std::size_t ShapeValueAt(std::size_t shapeStart, int caseNodes, int m, int n, int d) {
+    return shapeStart + static_cast<std::size_t>(((m - 1) * caseNodes + (n - 1)) * 48 + (d - 1) * 8 + 4);
+}
+
+void Patch(std::string& bytes, std::size_t at, const std::string& with) { bytes.replace(at, with.size(), with); }
+
+TEST(FrequencyCase, SectionsFollowEachOtherWithoutGaps) {
+    CaseFixture f;
+    const std::string bytes = FrequencyCaseBytes(TwoNodeCase());
+    ASSERT_EQ(bytes.size(), 356u + 4 + 6 * 8);
+    f.Write(bytes);
+    f.state.Curve.ZpaValue = 7.5f;  // kept unless the highest mode is asked for
+    ReadFrequencyCase(f.state);
+    EXPECT_EQ(f.state.Curve.ZpaValue, 7.5f);
+    const FrequencyCase& c = f.state.Freq;
+    // Eigenvalues 40..63, shapes 64..351, mass form at 352: the read stops at
+    // the mass block, 356.
+    EXPECT_EQ(f.Position(), 356);
+    EXPECT_EQ(c.NumModes, 3);
+    EXPECT_EQ(c.NumDof, 6);
+    EXPECT_EQ(c.MassForm, 1);
+    EXPECT_EQ(c.DirMass(1), 12.5f);
+    EXPECT_EQ(c.DirMass(6), 5.0f);
+    EXPECT_EQ(c.Eigenvalue(2), 412.25f);
+    EXPECT_EQ(c.Omega(1), static_cast<float>(std::sqrt(39.5)));
+    EXPECT_EQ(c.ModeShape(1, 1), 0.1f);
+    EXPECT_EQ(c.ModeShape(6, 1), 0.6f);
+    EXPECT_EQ(c.ModeShape(5, 2), -5.5f);
+    EXPECT_EQ(c.ModeShape(3, 3), 9.0f);
+    EXPECT_EQ(c.NodeDof(1, 4), 4);
+    EXPECT_EQ(c.NodeDof(2, 1), 0);
+    EXPECT_EQ(f.state.ModalDamping(3), 0.05f);
+    EXPECT_TRUE(f.host.Messages.empty());
+
+    ReadMassVector(f.state);
+    EXPECT_EQ(c.MassCount, 6);
+    EXPECT_EQ(c.MassTerms.Upper(), 6);
+    EXPECT_EQ(c.MassTerms(1), 1.25f);
+    EXPECT_EQ(c.MassTerms(6), 7.1f);  // 7.1 rounded to single
+    EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
+}
+
+TEST(FrequencyCase, OmegaComesFromTheUnroundedEigenvalue) {
+    CaseFixture f;
+    f.Write(FrequencyCaseBytes(TwoNodeCase()));
+    ReadFrequencyCase(f.state);
+    const float fromFile = static_cast<float>(std::sqrt(1000.001));
+    const float fromSingle = static_cast<float>(std::sqrt(static_cast<double>(1000.001f)));
+    ASSERT_NE(fromFile, fromSingle);
+    EXPECT_EQ(f.state.Freq.Eigenvalue(3), 1000.001f);
+    EXPECT_EQ(f.state.Freq.Omega(3), fromFile);
+    EXPECT_EQ(f.state.Freq.Omega(4), 0.0f);  // the pseudo-mode's slot
+}
+
+TEST(FrequencyCase, ZeroEigenvalueLowersTheModeCountButNotTheArrays) {
+    {
+        // A first zero: no mode, the mass form directly behind the zero.
+        CaseFixture f;
+        FrequencyCaseData c = TwoNodeCase();
+        c.Eigenvalues = {0.0};
+        c.Modes = 3;
+        c.Shapes.clear();
+        std::string bytes = FrequencyCaseBytes(c);
+        bytes += std::string(16, '\0');  // room for the three announced slots
+        f.Write(bytes);
+        ReadFrequencyCase(f.state);
+        EXPECT_EQ(f.state.Freq.NumModes, 0);
+        EXPECT_EQ(f.state.Freq.MassForm, 1);
+        EXPECT_EQ(f.Position(), 52);
+        EXPECT_EQ(f.state.Freq.Eigenvalue.Upper(), 3);
+    }
+    {
+        // Modes 10, the seventh is zero: six modes, shapes at 40 + 7 * 8,
+        // arrays of ten; the damping file is read with the lowered count.
+        CaseFixture f(1);
+        FrequencyCaseData c;
+        c.CaseNodes = 1;
+        c.NumDof = 2;
+        c.Modes = 10;
+        c.Eigenvalues = {1, 4, 9, 16, 25, 5e-324, 0.0};
+        c.NodeDof = {{1, 0, 2, 0, 0, 0}};
+        for (int m = 1; m <= 6; ++m) c.Shapes.push_back({0, float(m), float(-m)});
+        c.MassForm = 1;
+        c.Masses = {3, 4};
+        const std::string bytes = FrequencyCaseBytes(c);
+        f.Write(bytes);
+        WriteFile(f.dir.File("FRAME.USD1"), "6 0.07\r\n7 0.09\r\n2 0.01\r\n");
+        f.state.Options.ZpaHighestMode = 1;
+        f.state.Curve.ZpaValue = 7.5f;
+        ReadFrequencyCase(f.state);
+        const FrequencyCase& r = f.state.Freq;
+        EXPECT_EQ(r.NumModes, 6);  // the denormal counts as a mode
+        EXPECT_EQ(r.Eigenvalue(6), 0.0f);
+        EXPECT_EQ(r.Eigenvalue.Upper(), 10);
+        EXPECT_EQ(r.ModeShape.Upper2(), 10);
+        EXPECT_EQ(r.Omega.Upper(), 11);
+        EXPECT_EQ(r.ModeShape(2, 6), -6.0f);
+        EXPECT_EQ(f.Position(), 40 + 7 * 8 + 6 * 48 + 4);
+        EXPECT_EQ(f.state.ModalDamping(6), 0.07f);
+        EXPECT_EQ(f.state.ModalDamping(7), 0.09f);  // read, then the list ends
+        EXPECT_EQ(f.state.ModalDamping(2), 0.05f);
+        EXPECT_EQ(f.state.Curve.ZpaValue, 1.0f);
+        ReadMassVector(f.state);
+        EXPECT_EQ(r.MassTerms(2), 4.0f);
+    }
+}
+
+TEST(FrequencyCase, FreedomsWithoutEquationGoToSlotZeroAndTheLastMapCounts) {
+    CaseFixture f(3);  // the model has a node the case does not know
+    FrequencyCaseData c = TwoNodeCase();
+    std::string bytes = FrequencyCaseBytes(c);
+    const std::size_t shapes = 64;
+    // Values for freedoms without an equation: the last one read stays in
+    // slot 0 of each mode.
+    Patch(bytes, ShapeValueAt(shapes, 2, 1, 2, 1), BytesF32(91));
+    Patch(bytes, ShapeValueAt(shapes, 2, 1, 2, 6), BytesF32(96));
+    Patch(bytes, ShapeValueAt(shapes, 2, 3, 2, 2), BytesF32(-92));
+    // Mode 3 maps freedom zr of node 1 to no equation.
+    Patch(bytes, ShapeValueAt(shapes, 2, 3, 1, 6) - 4, BytesI32(0) + BytesF32(55));
+    f.Write(bytes);
+    ReadFrequencyCase(f.state);
+    const FrequencyCase& r = f.state.Freq;
+    EXPECT_EQ(r.ModeShape(0, 1), 96.0f);
+    EXPECT_EQ(r.ModeShape(0, 2), 0.0f);
+    EXPECT_EQ(r.ModeShape(0, 3), 0.0f);  // node 2's zeros come after the 55
+    EXPECT_EQ(r.ModeShape(6, 3), 0.0f);  // never written in mode 3
+    EXPECT_EQ(r.ModeShape(6, 2), 6.5f);
+    EXPECT_EQ(r.NodeDof(1, 6), 0);  // the map of the last mode read
+    EXPECT_EQ(r.NodeDof(1, 5), 5);
+    for (int d = 1; d <= 6; ++d) EXPECT_EQ(r.NodeDof(3, d), 0) << "freedom " << d;
+}
+
+TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
+    {
+        // Square form in the dialog: the two-line message; only the diagonal
+        // is kept, and the terms off it are passed over even when damaged.
+        CaseFixture f;
+        FrequencyCaseData c = TwoNodeCase();
+        c.MassForm = 0;
+        c.Masses = {1.5, 2.5, 3.5, 4.5, 5.5, 0.1};
+        c.OffDiagonal = std::numeric_limits<double>::quiet_NaN();
+        const std::string bytes = FrequencyCaseBytes(c);
+        ASSERT_EQ(bytes.size(), 356u + 4 + 36 * 8);
+        f.Write(bytes);
+        f.ReadAll();
+        ASSERT_EQ(f.host.Messages.size(), 1u);
+        EXPECT_EQ(f.host.Messages[0], kSquareText);
+        EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL");
+        const FrequencyCase& r = f.state.Freq;
+        EXPECT_EQ(r.MassForm, 0);
+        EXPECT_EQ(r.MassTerms.Upper(), 6);
+        EXPECT_EQ(r.MassTerms(1), 1.5f);
+        EXPECT_EQ(r.MassTerms(5), 5.5f);
+        EXPECT_EQ(r.MassTerms(6), 0.1f);
+        EXPECT_EQ(r.MassTerms(0), 0.0f);
+        EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
+    }
+    {
+        // Square form in a batch run: silent.
+        CaseFixture f;
+        FrequencyCaseData c = TwoNodeCase();
+        c.MassForm = 0;
+        f.Write(FrequencyCaseBytes(c));
+        f.state.BatchRun = 1;
+        f.ReadAll();
+        EXPECT_TRUE(f.host.Messages.empty());
+        EXPECT_EQ(f.state.Freq.MassTerms(4), 5.0f);
+    }
+    {
+        // Value 2 is read as lumped and tells the user, in a batch run too.
+        CaseFixture f;
+        FrequencyCaseData c = TwoNodeCase();
+        c.MassForm = 2;
+        f.Write(FrequencyCaseBytes(c));
+        f.state.BatchRun = 1;
+        f.ReadAll();
+        ASSERT_EQ(f.host.Messages.size(), 1u);
+        EXPECT_EQ(f.host.Messages[0], kLumpedText);
+        EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL");
+        EXPECT_EQ(f.state.Freq.MassForm, 1);
+        EXPECT_EQ(f.state.Freq.MassTerms(3), 3.75f);
+    }
+    {
+        // Any other value: no message and no block.
+        CaseFixture f;
+        FrequencyCaseData c = TwoNodeCase();
+        c.MassForm = 5;
+        f.Write(FrequencyCaseBytes(c));
+        f.ReadAll();
+        EXPECT_TRUE(f.host.Messages.empty());
+        EXPECT_EQ(f.state.Freq.MassForm, 5);
+        EXPECT_EQ(f.state.Freq.MassTerms.Upper(), -1);
+    }
+}
+
+TEST(FrequencyCase, FileEndingInAnySectionIsInputPastEnd) {
+    FrequencyCaseData lumped = TwoNodeCase();
+    FrequencyCaseData square = TwoNodeCase();
+    square.MassForm = 0;
+    const std::string lumpedBytes = FrequencyCaseBytes(lumped);
+    const std::string squareBytes = FrequencyCaseBytes(square);
+    // Header, eigenvalues, shape block, mass form, mass count, masses; the
+    // discarded word and the last term of the square block.
+    const std::pair<const std::string*, std::size_t> cuts[] = {
+        {&lumpedBytes, 0},   {&lumpedBytes, 39},  {&lumpedBytes, 63},  {&lumpedBytes, 64},
+        {&lumpedBytes, 351}, {&lumpedBytes, 355}, {&lumpedBytes, 359}, {&lumpedBytes, lumpedBytes.size() - 1},
+        {&squareBytes, 357}, {&squareBytes, 360}, {&squareBytes, squareBytes.size() - 1},
+    };
+    for (const auto& [bytes, length] : cuts) {
+        CaseFixture f;
+        f.Write(bytes->substr(0, length));
+        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd) << "cut at " << length;
+    }
+    // Cut before the shapes: nothing was allocated.
+    CaseFixture f;
+    f.Write(lumpedBytes.substr(0, 351));
+    EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd);
+    EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
+    EXPECT_EQ(f.state.Freq.Eigenvalue.Upper(), -1);
+}
+
+TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
+    // Unused word and direction masses, one eigenvalue, 52 bytes to the end.
+    const std::string body = std::string(28, '\0') + BytesF64(100) + std::string(52, '\0');
+    struct Header {
+        std::int32_t caseNodes, dof, modes;
+        int failure;
+    };
+    const Header headers[] = {
+        {1, 2000000000, 1, kInputPastEnd},  // more equations than freedoms
+        {1, 6, 2000000000, kInputPastEnd},  // eigenvalues beyond the file
+        {2000000000, 6, 1, kInputPastEnd},  // shape block beyond the file
+        {-1, 6, 1, kSubscriptOutOfRange},
+        {1, -6, 1, kSubscriptOutOfRange},
+        {1, 6, -1, kSubscriptOutOfRange},
+        {5, 6, 1, kInputPastEnd},  // five node blocks cannot stand in 56 bytes
+    };
+    for (const Header& h : headers) {
+        CaseFixture f;
+        const std::string bytes = BytesI32(h.caseNodes) + BytesI32(h.dof) + BytesI32(h.modes) + body;
+        ASSERT_EQ(bytes.size(), 100u);
+        f.Write(bytes);
+        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), h.failure)
+            << h.caseNodes << " " << h.dof << " " << h.modes;
+        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
+        EXPECT_EQ(f.state.ModalDisp.Upper1(), -1);
+    }
+    {
+        // No mode in use: the equations are bounded by the model's freedoms.
+        CaseFixture f;
+        f.Write(BytesI32(0) + BytesI32(13) + BytesI32(1) + std::string(28, '\0') + BytesF64(0) +
+                BytesI32(1) + BytesI32(0));
+        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), kInputPastEnd);
+        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
+    }
+    {
+        // More case nodes than model nodes.
+        CaseFixture f(1);
+        f.Write(FrequencyCaseBytes(TwoNodeCase()));
+        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), kSubscriptOutOfRange);
+        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
+    }
+    {
+        // A mass block longer than the file, checked before its allocation.
+        CaseFixture f;
+        FrequencyCaseData c = TwoNodeCase();
+        c.MassCount = 2000000000;
+        f.Write(FrequencyCaseBytes(c));
+        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd);
+        EXPECT_EQ(f.state.Freq.MassTerms.Upper(), -1);
+        c.MassCount = -1;
+        c.Masses.clear();
+        std::string bytes = FrequencyCaseBytes(c);
+        Patch(bytes, 356, BytesI32(-1));
+        f.Write(bytes);
+        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kSubscriptOutOfRange);
+    }
+}
+
+TEST(FrequencyCase, DamagedFieldsFailAtTheField) {
+    const FrequencyCaseData c = TwoNodeCase();
+    const std::string good = FrequencyCaseBytes(c);
+    auto failureWith = [](const std::string& bytes) {
+        CaseFixture f;
+        f.Write(bytes);
+        return FailureOf([&] { f.ReadAll(); });
+    };
+    std::string bytes = good;
+    Patch(bytes, 48, BytesF64(-4));
+    EXPECT_EQ(failureWith(bytes), kInvalidArgument) << "negative eigenvalue";
+    bytes = good;
+    Patch(bytes, ShapeValueAt(64, 2, 2, 1, 3) - 4, BytesI32(7));
+    EXPECT_EQ(failureWith(bytes), kSubscriptOutOfRange) << "equation above NumDof";
+    Patch(bytes, ShapeValueAt(64, 2, 2, 1, 3) - 4, BytesI32(-1));
+    EXPECT_EQ(failureWith(bytes), kSubscriptOutOfRange) << "negative equation";
+    bytes = good;
+    Patch(bytes, ShapeValueAt(64, 2, 3, 1, 2), BytesF32(std::numeric_limits<float>::quiet_NaN()));
+    EXPECT_EQ(failureWith(bytes), kOverflow) << "NaN shape value";
+    bytes = good;
+    Patch(bytes, 360, BytesF64(1e300));
+    EXPECT_EQ(failureWith(bytes), kOverflow) << "mass beyond a single";
+
+    // The mode counter is 16 bits: 32767 modes read, 32768 overflow.
+    for (std::int32_t modes : {32767, 32768}) {
+        std::string many = BytesI32(0) + BytesI32(0) + BytesI32(modes) + std::string(28, '\0');
+        for (std::int32_t m = 0; m < modes; ++m) many += BytesF64(1.0 + m);
+        many += BytesI32(1) + BytesI32(0);
+        CaseFixture f;
+        f.Write(many);
+        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), modes == 32767 ? 0 : kOverflow) << modes;
+    }
+}
+
+TEST(FrequencyCase, LargeBlocksCrossTheReadBufferIntact) {
+    // 30000 nodes, four modes: the shape block (5.76 MB) and a mass vector of
+    // 600000 terms both span more than one read of the buffer.
+    const int nodes = 30000;
+    CaseFixture f(nodes);
+    FrequencyCaseData c;
+    c.CaseNodes = nodes;
+    c.NumDof = 6 * nodes;
+    c.Eigenvalues = {10, 20, 30, 40};
+    for (int n = 0; n < nodes; ++n) {
+        std::array<std::int32_t, 6> row{};
+        for (int d = 0; d < 6; ++d) row[d] = 6 * n + d + 1;
+        c.NodeDof.push_back(row);
+    }
+    for (int m = 1; m <= 4; ++m) {
+        std::vector<float> shape(static_cast<std::size_t>(c.NumDof) + 1);
+        for (int e = 1; e <= c.NumDof; ++e) shape[e] = float(m * 1000000 + e);
+        c.Shapes.push_back(shape);
+    }
+    c.MassForm = 1;
+    for (int i = 1; i <= 600000; ++i) c.Masses.push_back(i * 0.5);
+    f.Write(FrequencyCaseBytes(c));
+    f.ReadAll();
+    const FrequencyCase& r = f.state.Freq;
+    int wrong = 0;
+    for (int m = 1; m <= 4; ++m) {
+        for (int e = 1; e <= c.NumDof; ++e) wrong += r.ModeShape(e, m) != float(m * 1000000 + e);
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(r.NodeDof(nodes, 6), 6 * nodes);
+    EXPECT_EQ(r.NodeDof(17477, 3), 6 * 17476 + 3);
+    EXPECT_EQ(r.MassCount, 600000);
+    EXPECT_EQ(r.MassTerms(524288), 262144.0f);
+    EXPECT_EQ(r.MassTerms(524289), 262144.5f);
+    EXPECT_EQ(r.MassTerms(600000), 300000.0f);
+}
+
+TEST(FrequencyCase, GarbageEndsInANumberedFailureOrAReading) {
+    std::mt19937 random(20240611);
+    for (int round = 0; round < 300; ++round) {
+        std::string bytes(random() % 600, '\0');
+        for (char& b : bytes) b = static_cast<char>(random());
+        // Keep some headers plausible so the reads get past them.
+        if (round % 2 == 0 && bytes.size() >= 12) {
+            Patch(bytes, 0, BytesI32(random() % 4) + BytesI32(random() % 10) + BytesI32(random() % 5));
+        }
+        CaseFixture f(4);
+        f.Write(bytes);
+        try {
+            f.ReadAll();
+        } catch (const Failure&) {
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tremodal
