@@ -13,23 +13,13 @@
 namespace tremodal {
 namespace {
 
+using testing::LocalMoment;
 using testing::Exists;
 using testing::FailureOf;
 using testing::ReadFile;
 using testing::TempDir;
 using testing::WriteFile;
 
-std::time_t LocalMoment(int year, int month, int day, int hour, int minute, int second) {
-    std::tm parts{};
-    parts.tm_year = year - 1900;
-    parts.tm_mon = month - 1;
-    parts.tm_mday = day;
-    parts.tm_hour = hour;
-    parts.tm_min = minute;
-    parts.tm_sec = second;
-    parts.tm_isdst = -1;
-    return std::mktime(&parts);
-}
 
 // One 86-byte record: 16 flags, description 50, stamp 20.
 std::string Record(std::initializer_list<int> flags, const std::string& description, const std::string& stamp) {

@@ -11,6 +11,7 @@
 namespace tremodal {
 namespace {
 
+using testing::LocalMoment;
 using testing::BytesF32;
 using testing::BytesI16;
 using testing::Exists;
@@ -19,17 +20,6 @@ using testing::ReadFile;
 using testing::TempDir;
 using testing::WriteFile;
 
-std::time_t LocalMoment(int year, int month, int day, int hour, int minute, int second) {
-    std::tm parts{};
-    parts.tm_year = year - 1900;
-    parts.tm_mon = month - 1;
-    parts.tm_mday = day;
-    parts.tm_hour = hour;
-    parts.tm_min = minute;
-    parts.tm_sec = second;
-    parts.tm_isdst = -1;
-    return std::mktime(&parts);
-}
 
 std::string Padded(const std::string& text, std::size_t length) {
     return text + std::string(length - text.size(), ' ');

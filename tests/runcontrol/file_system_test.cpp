@@ -10,24 +10,13 @@
 namespace tremodal {
 namespace {
 
+using testing::LocalMoment;
 using testing::FailureOf;
 
 using testing::Exists;
 using testing::TempDir;
 using testing::WriteFile;
 
-// The moment of a local date and time, whatever the time zone of the machine.
-std::time_t LocalMoment(int year, int month, int day, int hour, int minute, int second) {
-    std::tm parts{};
-    parts.tm_year = year - 1900;
-    parts.tm_mon = month - 1;
-    parts.tm_mday = day;
-    parts.tm_hour = hour;
-    parts.tm_min = minute;
-    parts.tm_sec = second;
-    parts.tm_isdst = -1;
-    return std::mktime(&parts);
-}
 
 TEST(FileSystem, OnlyRegularFilesExist) {
     TempDir dir;
