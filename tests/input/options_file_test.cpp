@@ -66,62 +66,6 @@ TEST(OptionsFile, ExampleFileReadsBackToTheSameValues) {
     EXPECT_EQ(o.ZpaHighestMode, 1);
 }
 
-TEST(OptionsFile, ValuesOfEveryKindSurviveTheRoundTrip) {
-    OptionsFixture f;
-    ResponseOptions& o = f.state.Options;
-    SetFreshOptions(o);
-    o.FreqCase = "2";
-    o.ResultsCase = "31";
-    o.SingleMode = -3;
-    o.SpectrumType = 0;
-    o.CurveFactor = -0.5f;
-    o.PrincipalAngle = 33.3333333333333;
-    o.InterpMethod = 1;
-    o.DirFactor(2) = -1.234568e-07f;  // a factor as wide as a print zone
-    o.DirOn(2) = 1;
-    o.GroundX = -1.5f;
-    o.GroundY = 2e10f;
-    o.GroundZ = 0.001f;
-    o.CombMethod = 3;
-    o.Duration = 0.05f;
-    o.MissMassOn = 1;
-    o.MissMassStartCase = "10";
-    o.ZpaHighestMode = 0;
-    WriteOptionsFile(f.state);
-
-    const std::string text = ReadFile(o.OptionsFile);
-    EXPECT_NE(text.find("Specrum Curve Factor                 ,-.5\r\n"), std::string::npos);
-    // A factor that fills its print zone pushes the switch to the next one.
-    EXPECT_NE(text.find("\r\n-1.234568E-07                1 \r\n"), std::string::npos);
-    EXPECT_NE(text.find("Single Mode (non-zero is active)     ,-3 \r\n"), std::string::npos);
-    EXPECT_NE(text.find("Missing Mass Case (1 is active)        , 1 ,10\r\n"), std::string::npos);
-
-    RunState back;
-    back.Model.ModelPath = f.state.Model.ModelPath;
-    back.Options.OptionsFile = o.OptionsFile;
-    ReadOptions(back);
-    const ResponseOptions& b = back.Options;
-    EXPECT_EQ(b.FreqCase, "2");
-    EXPECT_EQ(b.ResultsCase, "31");
-    EXPECT_EQ(b.SingleMode, -3);
-    EXPECT_EQ(b.SpectrumType, 0);
-    EXPECT_EQ(b.CurveFactor, -0.5f);
-    EXPECT_EQ(b.PrincipalAngle, 33.3333333333333);
-    EXPECT_EQ(b.InterpMethod, 1);
-    EXPECT_EQ(b.DirFactor(2), -1.234568e-07f);
-    EXPECT_EQ(b.DirOn(2), 1);
-    EXPECT_EQ(b.DirFactor(3), 0.7f);
-    EXPECT_EQ(b.GroundX, -1.5f);
-    EXPECT_EQ(b.GroundY, 2e10f);
-    EXPECT_EQ(b.GroundZ, 0.001f);
-    EXPECT_EQ(b.CombMethod, 3);
-    EXPECT_EQ(b.CombName, "DSM");
-    EXPECT_EQ(b.Duration, 0.05f);
-    EXPECT_EQ(b.MissMassOn, 1);
-    EXPECT_EQ(b.MissMassStartCase, "10");
-    EXPECT_EQ(b.ZpaHighestMode, 0);
-}
-
 TEST(OptionsFile, FileEndingEarlyKeepsLaterItemsSilently) {
     OptionsFixture f;
     std::string firstEightLines(kFreshOptionsFile);

@@ -155,23 +155,6 @@ TEST_F(CaseList, HeaderCopiesOptionsAndReportAndMarksTheCase) {
                   Record({4, 1, 1, 1, 5}, title.substr(0, 50), "04/03/2026 07:08:09"));
 }
 
-TEST_F(CaseList, HeaderWithEmptyReportAndBlankCaseNumber) {
-    WriteFile(dir.File("FRAME.USM1"), "");
-    s.Options.OptionsFile = dir.File("FRAME.USM1");
-    s.Model.LoadCaseTitle = "T";
-    WriteCaseHeader(s, " 0");
-
-    const std::string text = ReadFile(dir.File("FRAME.L0"));
-    const std::string tail =
-        "ACOM,\r\n"
-        "ACOM,------SPECTRUM and PARTICIPATION DATA-----------------------\r\n"
-        "ACOM,\r\n";
-    ASSERT_GE(text.size(), tail.size());
-    EXPECT_EQ(text.substr(text.size() - tail.size()), tail);
-    EXPECT_NE(text.find("\r\nACOM,\r\n" + tail), std::string::npos);
-    EXPECT_EQ(ReadFile(dir.File("FRAME.NSL")), Record({0, 1, 1, 1}, "T", "04/03/2026 07:08:09"));
-}
-
 TEST_F(CaseList, HeaderFailuresGoUp) {
     s.Options.OptionsFile = dir.File("FRAME.USM9");
     WriteFile(dir.File("FRAME.L3"), "older header");

@@ -156,14 +156,6 @@ TEST(Startup, DamagedModelFilesEndInNumberedFailures) {
     ASSERT_EQ(Main(f.state, "3/7/"), StartOutcome::BatchWaiting);
 }
 
-TEST(Startup, MissingNameFileLogsBesideIt) {
-    StartFixture f;
-    std::remove(f.model.dir.File("MODEL.NAM").c_str());
-    EXPECT_EQ(Main(f.state, "3/7/"), StartOutcome::Ended);
-    EXPECT_EQ(ReadFile(f.model.dir.File("MODEL.NAM.LOG")),
-              "TREMODAL  E 53 ; L;  0 ; Model Or Data; Error - Check; Model & Re - Run; \r\n");
-}
-
 TEST(Startup, DialogRunShowsFailuresAsAMessage) {
     {
         StartFixture f;
@@ -190,23 +182,6 @@ TEST(Startup, DialogRunShowsFailuresAsAMessage) {
         ASSERT_EQ(f.host.Messages.size(), 1u);
         EXPECT_EQ(f.host.Messages[0], " E 6 L 0  Model or Data Error - Check Model & Re-Run");
     }
-}
-
-TEST(Startup, MissingCoordinatesReadAsZeroAndAShortFileKeepsItsRecords) {
-    StartFixture f;
-    std::string coordinates = ReadFile(f.model.File(".XYZ"));
-    WriteFile(f.model.File(".XYZ"), coordinates.substr(0, 14 + 9));  // node 1 whole, node 2 cut
-    ASSERT_EQ(Main(f.state, "3/7/"), StartOutcome::BatchWaiting);
-    EXPECT_EQ(f.state.Model.NodeX(1), 1.0f);
-    EXPECT_EQ(f.state.Model.NodeZ(1), -1.0f);
-    EXPECT_EQ(f.state.Model.NodeX(2), 2.0f);
-    EXPECT_EQ(f.state.Model.NodeZ(2), 0.0f);
-    EXPECT_EQ(f.state.Model.NodeY(4), 0.0f);
-
-    StartFixture g;
-    std::remove(g.model.File(".XYZ").c_str());
-    ASSERT_EQ(Main(g.state, "3/7/"), StartOutcome::BatchWaiting);
-    EXPECT_EQ(g.state.Model.NodeX(3), 0.0f);
 }
 
 }  // namespace

@@ -97,37 +97,6 @@ TEST_F(Excitation, AnglesAndWhatTheyLeaveBehind) {
     EXPECT_NEAR(s.CosAngle, 0.5, 1e-14);
 }
 
-TEST_F(Excitation, DatumSharedEquationsAndUntouchedSlots) {
-    // Node 1 at the datum, node 2 level with it, node 3 shares node 2's x
-    // equation; node 1's rotations sit on equations 10 to 12.
-    Build({{{4, 5, 6}}, {{7, 5, 9}}, {{1, 1, 1}}}, 30);
-    s.Options.GroundX = 4;
-    s.Options.GroundY = 5;
-    s.Options.GroundZ = 6;
-    s.Freq.NodeDof(3, 1) = 4;
-    for (int k = 4; k <= 6; ++k) {
-        s.Freq.NodeDof(1, k) = 6 + k;
-        s.Excitation(6 + k) = 9;
-    }
-    s.Excitation(7) = 9;  // node 3's own x equation, which it no longer has
-    for (i16 d = 4; d <= 6; ++d) {
-        BuildExcitation(s, d);
-        EXPECT_EQ(s.Excitation(1), 0.0f);
-        EXPECT_EQ(s.Excitation(2), 0.0f);
-        EXPECT_EQ(s.Excitation(3), 0.0f);
-        // Node 2 at the datum's height: nothing on x and z in 4 and 6.
-        if (d != 5) {
-            EXPECT_EQ(s.Excitation(6), 0.0f);
-        } else {
-            EXPECT_EQ(s.Excitation(5), 0.0f);
-            // The later node's value stands on the shared equation: dz of node 3.
-            EXPECT_EQ(s.Excitation(4), -5.0f);
-        }
-        for (int e = 10; e <= 12; ++e) EXPECT_EQ(s.Excitation(e), 9.0f);
-        EXPECT_EQ(s.Excitation(7), 9.0f);
-    }
-}
-
 TEST_F(Excitation, NodeCountBeyondSixteenBitsFails) {
     Build({{{0, 0, 0}}}, 0);
     s.Model.NumNodes = 32768;

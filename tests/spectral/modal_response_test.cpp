@@ -91,30 +91,6 @@ TEST_F(ModalResponse, RotationScalesModesUnderPointFourSecondsByTwoPiOverPointFo
     EXPECT_EQ(s.ModalDisp(1, 2), 2.0f);
 }
 
-TEST_F(ModalResponse, NumericFaultsFailInEquationThenModeOrder) {
-    Build(1, 2, 2);
-    s.Freq.ModeShape(1, 1) = 1;
-    s.Freq.ModeShape(2, 1) = 1e30f;
-    s.Curve.ModalSpectrum(1) = 1e10f;
-    // Equation 1 meets the zero frequency of mode 2 before equation 2 meets
-    // the overflow of mode 1.
-    s.Freq.Omega(2) = 0;
-    EXPECT_EQ(FailureOf([&] { ComputeModalResponse(s, 4); }), 11);
-    // A translation never divides by the frequency: the overflow stands.
-    EXPECT_EQ(FailureOf([&] { ComputeModalResponse(s, 1); }), 6);
-    EXPECT_FALSE(Exists(dir.File("BEAM.HS1")));
-
-    s.Freq.ModeShape(2, 1) = 1;
-    s.Options.SingleMode = -1;  // passes the driver's guard, but no such mode
-    EXPECT_EQ(FailureOf([&] { ComputeModalResponse(s, 1); }), 9);
-
-    // Counters over nodes and modes are 16 bits wide.
-    Build(1, 32768, 1);
-    EXPECT_EQ(FailureOf([&] { ComputeModalResponse(s, 1); }), 6);
-    Build(32768, 1, 1);
-    EXPECT_EQ(FailureOf([&] { ComputeModalResponse(s, 1); }), 6);
-}
-
 TEST_F(ModalResponse, ResponseFileHoldsEveryModeThenTheMissingMassBlock) {
     Build(2, 2, 4);
     SetDofs(1, {1, 2, 0, 0, 0, 0});
@@ -150,48 +126,6 @@ TEST_F(ModalResponse, ResponseFileHoldsEveryModeThenTheMissingMassBlock) {
     expected += "QQQQQQQ";
     EXPECT_EQ(ReadFile(dir.File("BEAM.HS1")), expected);
     EXPECT_FALSE(Exists(dir.File("BEAM.SEA-1.O.1")));
-}
-
-TEST_F(ModalResponse, SingleModeShowsOnlyThatModeInBothFiles) {
-    Build(1, 2, 1);
-    SetDofs(1, {1, 0, 0, 0, 0, 0});
-    s.Freq.ModeShape(1, 1) = 1;
-    s.Freq.ModeShape(1, 2) = -3;
-    s.Options.SingleMode = 2;
-    s.Options.CreateAccelFile = 1;
-    s.MissMassRead = 1;
-    s.MissMassDof(1) = 0.5f;
-    ComputeModalResponse(s, 1);
-
-    // Both modes are worked out.
-    EXPECT_EQ(s.ModalAccel(1, 1), 1.0f);
-    EXPECT_EQ(s.ModalAccel(1, 2), -12.0f);
-
-    auto block = [&](f32 x) {
-        std::string b = BytesI32(1) + BytesF32(x);
-        for (int k = 2; k <= 6; ++k) b += BytesI32(0) + BytesF32(0);
-        return b;
-    };
-    // One table row and one mode block, R of 1; the missing mass block
-    // follows all the same.
-    EXPECT_EQ(ReadFile(dir.File("BEAM.HS1")), BytesI16(1) + BytesI32(1) + BytesI32(1) + BytesF32(0.05f) +
-                                                  BytesI16(0) + BytesF32(2) + BytesF32(0.05f) + block(-3) +
-                                                  block(0.5f));
-
-    const std::string zeros =
-        Col("0.000E00") + Col("0.000E00") + Col("0.000E00") + Col("0.000E00") + Col("0.000E00");
-    const std::string text = ReadFile(dir.File("BEAM.SEA-1.O.1"));
-    EXPECT_EQ(text,
-              "Node  Mode   Period     x          y          z          xr         yr         zr!\r\n"
-              " 1    2      3.142" +
-                  Col("-1.200E01") + zeros +
-                  "\r\n"
-                  "Node CombType     x          y          z          xr         yr         zr!  \r\n"
-                  " 1   SRSS  " +
-                  Col("1.200E01") + zeros +
-                  "\r\n"
-                  "     ABS   " +
-                  Col("1.200E01") + zeros + "\r\n");
 }
 
 TEST_F(ModalResponse, AccelerationsFileListsNodesByModeThenTheirSrssAndAbsSums) {

@@ -179,20 +179,6 @@ TEST_F(SpectrumCurveRead, EveryFaultEndsInTheOneMessage) {
     EXPECT_EQ(Spectrum(3), 0.0f);
 }
 
-TEST_F(SpectrumCurveRead, ZeroPeriodAtTheFirstPoint) {
-    Build({6.284f}, "0,2\n1.5,4\n-1\n");
-    ReadSpectrumCurve(s);
-    EXPECT_EQ(s.Curve.ZpaPeriod, 0.0f);
-
-    // Under logs the 0 becomes 1e-5 and comes back as that.
-    Build({6.284f}, "0,2\n1.5,4\n-1\n");
-    s.Options.InterpMethod = 1;
-    ReadSpectrumCurve(s);
-    EXPECT_TRUE(host.Messages.empty());
-    EXPECT_NEAR(s.Curve.ZpaPeriod, 1e-5f, 1e-11);
-    EXPECT_EQ(s.Curve.CurvePeriod(1), 0.0f);
-}
-
 TEST_F(SpectrumCurveRead, ZpaCheckWarnsOnlyWithMissingMass) {
     // Peak 5 at 0.1 s; the highest mode's ZPA lies at ~1 s and below it.
     const std::string curve = "0.1,5\n2.0,1\n-1\n";

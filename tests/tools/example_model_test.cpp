@@ -170,100 +170,6 @@ TEST(ExampleModel, LowestModesAndSquareMassKeepTheLayout) {
     EXPECT_GT(offDiagonal, 20);
 }
 
-TEST(ExampleModel, LargeModelKeepsEveryModeToTheLastByte) {
-    // 2001 nodes and 240 modes: the shape block spans several write blocks.
-    // Every floor freedom has an equation, 6 (j - 1) + d, and only x or z sways.
-    TempDir dir;
-    example::ShearBuilding b;
-    b.Storeys = 2000;
-    ASSERT_EQ(MakeModel(dir, "--storeys 2000 --modes 240 --all-freedoms"), 0);
-    const CaseFile c(dir.File("SHEAR.H1"));
-    ASSERT_EQ(c.bytes.size(), std::size_t(40 + 8 * 240 + 240 * 2001 * 48 + 8 + 8 * 12000));
-    const std::vector<example::BuildingMode> modes = example::SortedModes(b, 240);
-    for (int mode : {1, 97, 171, 240}) {
-        const example::BuildingMode& bm = modes[mode - 1];
-        EXPECT_DOUBLE_EQ(c.eigen[mode - 1], bm.Omega * bm.Omega);
-        for (int floor : {1, 1000, 1999, 2000}) {
-            for (int d = 1; d <= 6; ++d) EXPECT_EQ(c.Equation(mode, floor + 1, d), 6 * (floor - 1) + d);
-            const int sway = example::SwayFreedom(bm.Family);
-            EXPECT_FLOAT_EQ(c.Value(mode, floor + 1, sway),
-                            float(example::ShapeValue(2000, 1000, bm.Order, floor)));
-            EXPECT_EQ(c.Value(mode, floor + 1, 4 - sway), 0.0f);
-            EXPECT_EQ(c.Value(mode, floor + 1, 2), 0.0f);
-        }
-    }
-    EXPECT_EQ(c.F64(c.bytes.size() - 8), 1000.0);
-
-    // A square mass block of 1200 equations (11 MB) written in pieces.
-    TempDir square;
-    ASSERT_EQ(MakeModel(square, "--storeys 600 --modes 1 --mass-form square"), 0);
-    const CaseFile s(square.File("SHEAR.H1"));
-    ASSERT_EQ(s.bytes.size(), std::size_t(s.massFormAt + 8 + 8 * 1200 * 1200));
-    EXPECT_EQ(s.F64(s.massFormAt + 8 + 8 * (1200 * 600 + 600)), 1000.0);
-    EXPECT_EQ(s.F64(s.bytes.size() - 8), 1000.0);
-    EXPECT_EQ(s.F64(s.bytes.size() - 16), 0.0);
-}
-
-TEST(ExampleModel, CoordinatesSizeFileAndSpectrumCurves) {
-    TempDir dir, flat;
-    ASSERT_EQ(MakeModel(dir, "--name TOWER --storeys 6 --height 3.5 --zpa 0.25"), 0);
-    const std::string xyz = ReadFile(dir.File("TOWER.XYZ"));
-    ASSERT_EQ(xyz.size(), 7u * 14);
-    const auto* bytes = reinterpret_cast<const unsigned char*>(xyz.data());
-    for (int node = 1; node <= 7; ++node) {
-        const unsigned char* record = bytes + 14 * (node - 1);
-        EXPECT_EQ(GetI16(record), node);
-        EXPECT_EQ(GetF32(record + 2), 0.0f);
-        EXPECT_FLOAT_EQ(GetF32(record + 6), 3.5f * (node - 1));
-        EXPECT_EQ(GetF32(record + 10), 0.0f);
-    }
-
-    // Read as start-up reads it: text, name, title, three texts, four singles,
-    // seven texts, the unit system.
-    TextInput size(dir.File("TOWER.XSZ"));
-    size.ReadTextField();
-    EXPECT_EQ(size.ReadTextField(), "TOWER");
-    EXPECT_EQ(size.ReadTextField(), "Uniform shear building of 6 storeys");
-    for (int i = 0; i < 3; ++i) size.ReadTextField();
-    EXPECT_EQ(size.ReadSingleField(), 6.0f);
-    size.ReadSingleField();
-    EXPECT_EQ(size.ReadSingleField(), 7.0f);
-    size.ReadSingleField();
-    for (int i = 0; i < 7; ++i) size.ReadTextField();
-    EXPECT_EQ(size.ReadI32Field(), 0);
-    EXPECT_TRUE(size.AtEnd());
-
-    auto readCurve = [](const std::string& path, std::vector<f32>& periods, std::vector<f32>& values) {
-        TextInput in(path);
-        for (f32 t = in.ReadSingleField(); t != -1.0f; t = in.ReadSingleField()) {
-            periods.push_back(t);
-            values.push_back(in.ReadSingleField());
-        }
-        EXPECT_TRUE(in.AtEnd());
-        const std::string text = ReadFile(path);
-        EXPECT_EQ(text.substr(text.size() - 4), "-1\r\n");
-    };
-    std::vector<f32> periods, values;
-    readCurve(dir.File("TOWER.URS1"), periods, values);
-    ASSERT_GE(periods.size(), 10u);
-    ASSERT_LE(periods.size(), 20u);
-    for (std::size_t i = 1; i < periods.size(); ++i) EXPECT_LT(periods[i - 1], periods[i]);
-    EXPECT_EQ(periods.front(), 0.0f);
-    EXPECT_FLOAT_EQ(values.front(), 0.25f);
-    EXPECT_FLOAT_EQ(*std::max_element(values.begin(), values.end()), 0.625f);
-    EXPECT_LT(values.back(), values.front());
-
-    ASSERT_EQ(MakeModel(flat, "--storeys 6 --kx 1000 --spectrum flat --flat-value 0.4"), 0);
-    periods.clear(), values.clear();
-    readCurve(flat.File("SHEAR.URS1"), periods, values);
-    ASSERT_EQ(periods.size(), 2u);
-    EXPECT_EQ(periods[0], 0.0f);
-    // A soft building: the first period is about 26 s, the curve reaches past it.
-    const double firstPeriod = 2 * example::kPi / example::FamilyOmega(6, 1000, 1000, 1);
-    EXPECT_GT(periods[1], firstPeriod * 6.284 / 6.2832);
-    for (f32 v : values) EXPECT_EQ(v, 0.4f);
-}
-
 TEST(ExampleModel, OptionsFileNamesTheCaseTheCurveAndBothHorizontalDirections) {
     TempDir dir;
     ASSERT_EQ(MakeModel(dir, "--freq-case 2 --results-case 7 --options 3 --name-file"), 0);
@@ -284,26 +190,6 @@ TEST(ExampleModel, OptionsFileNamesTheCaseTheCurveAndBothHorizontalDirections) {
     EXPECT_EQ(state.Options.CurveFactor, 9.81f);
     const int on[] = {1, 0, 1, 0, 0, 0};
     for (int d = 1; d <= 6; ++d) EXPECT_EQ(state.Options.DirOn(d), on[d - 1]) << "direction " << d;
-}
-
-TEST(ExampleModel, ASmallerModelOverAnOldOneLeavesNoTail) {
-    TempDir dir;
-    ASSERT_EQ(MakeModel(dir, "--storeys 9 --mass-form square"), 0);
-    ASSERT_EQ(MakeModel(dir, "--storeys 3"), 0);
-    EXPECT_EQ(ReadFile(dir.File("SHEAR.H1")).size(), std::size_t(40 + 8 * 6 + 6 * 4 * 48 + 8 + 8 * 6));
-    EXPECT_EQ(ReadFile(dir.File("SHEAR.XYZ")).size(), 4u * 14);
-}
-
-TEST(ExampleModel, BadArgumentsGiveTheUsageAndStatus2) {
-    for (const char* args :
-         {"--storeys 0", "--storeys 2.5", "--storeys x", "--modes 11", "--mass -1", "--mass-form diagonal",
-          "--spectrum steep", "--bogus 1", "--storeys", "--mass-noise 0.1", "--name a/b", "extra"}) {
-        TempDir dir;
-        EXPECT_EQ(MakeModel(dir, args), 2) << args;
-        EXPECT_NE(ReadFile(dir.File("err.txt")).find("usage: make_example_model DIR"), std::string::npos)
-            << args;
-        EXPECT_FALSE(testing::Exists(dir.File("SHEAR.H1"))) << args;
-    }
 }
 
 TEST(ShearBuildingTheory, EffectiveMassesOfAFamilyAddUpToTheBuildingMass) {
