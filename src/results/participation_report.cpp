@@ -2,6 +2,7 @@
 
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
+#include "spectral/spectrum_curve.h"
 
 namespace tremodal {
 
@@ -11,14 +12,6 @@ constexpr const char* kDirectionLines[] = {
     "Excitation X Direction ",  "Excitation Y Direction ",  "Excitation Z Direction ",
     "Excitation Rx Rotation ", "Excitation Ry Rotation ", "Excitation Rz Rotation ",
 };
-
-// The mode number in a column of four: the signed text, blanks behind it.
-// From mode 100 on the digits fill the column; beyond 999 it runs over.
-std::string ModeColumn(i32 m) {
-    std::string text = SignedText(m);
-    if (text.size() < 4) text.append(4 - text.size(), ' ');
-    return text;
-}
 
 }  // namespace
 
@@ -41,11 +34,12 @@ void ReportParticipation(RunState& s, i16 d) {
     for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
         const f32 omega = s.Freq.Omega(m);
         const f32 hertz = StoreF32(f64(omega) / 2 / 3.14159265358979);
-        const f32 period = StoreF32(Div(6.28318530717958, omega));
+        const f32 period = ModePeriod(omega);
         const f32 effective = StoreF32(f64(s.Participation(m)) * s.Participation(m));
         cumulative = StoreF32(f64(cumulative) + effective);
 
-        std::string row = ModeColumn(m) + FormatField(omega, "##0.00", 8) + FormatField(hertz, "##0.00", 8) +
+        // The mode column is four wide; from mode 1000 on the number runs over.
+        std::string row = PadRight(SignedText(m), 4) + FormatField(omega, "##0.00", 8) + FormatField(hertz, "##0.00", 8) +
                           FormatField(period, "#0.0000", 10) + FormatField(effective, "0.000E+00", 11) +
                           FormatField(cumulative, "0.000E+00", 11);
         // A rotation moves no mass in the translational sense, so its rows

@@ -2,19 +2,9 @@
 
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
+#include "spectral/spectrum_curve.h"
 
 namespace tremodal {
-
-namespace {
-
-// The mode number in a column of four: the signed text, blanks behind it.
-std::string ModeColumn(i32 m) {
-    std::string text = SignedText(m);
-    if (text.size() < 4) text.append(4 - text.size(), ' ');
-    return text;
-}
-
-}  // namespace
 
 void ReportSpectrum(RunState& s) {
     std::vector<std::string>& list = s.List1;
@@ -47,11 +37,11 @@ void ReportSpectrum(RunState& s) {
     for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
         const f32 omega = s.Freq.Omega(m);
         const f32 spectrum = curve.ModalSpectrum(m);
-        const f32 period = StoreF32(Div(6.28318530717958, omega));
+        const f32 period = ModePeriod(omega);
         const f32 displacement = StoreF32(multiplier * spectrum);
         const f32 velocity = StoreF32(f64(omega) * spectrum);
         const f32 acceleration = StoreF32(f64(omega) * omega * spectrum);
-        list.push_back(ModeColumn(m) + FormatField(period, "##0.000", 11) + FormatField(displacement, "###0.0000", 14) +
+        list.push_back(PadRight(SignedText(m), 4) + FormatField(period, "##0.000", 11) + FormatField(displacement, "###0.0000", 14) +
                        FormatField(velocity, "###0.0000", 14) + FormatField(acceleration, "###0.0000", 14));
     }
 }

@@ -464,4 +464,10 @@ std::string RTrim(std::string_view text) {
     return last == std::string_view::npos ? std::string() : std::string(text.substr(0, last + 1));
 }
 
+std::string PadRight(std::string_view text, std::size_t width) {
+    std::string padded(text);
+    if (padded.size() < width) padded.append(width - padded.size(), ' ');
+    return padded;
+}
+
 }  // namespace tremodal

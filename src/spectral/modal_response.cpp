@@ -9,12 +9,12 @@
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
 #include "runcontrol/text_files.h"
+#include "spectral/spectrum_curve.h"
 
 namespace tremodal {
 
 namespace {
 
-constexpr f64 kTwoPi = 6.28318530717958;
 constexpr f64 kPi = 3.14159265358979;
 // Rotational excitation of a mode shorter than this period is scaled up by
 // 2 pi / 0.4: the rocking input of short-period modes follows the ground
@@ -36,7 +36,7 @@ const char* const kCombHeading =
 f32 DirectionScale(RunState& s, i16 d, i32 m) {
     const f32 factor = s.Options.DirFactor(d);
     if (d <= 3) return factor;
-    const f32 period = StoreF32(Div(kTwoPi, s.Freq.Omega(m)));
+    const f32 period = ModePeriod(s.Freq.Omega(m));
     if (period >= kRotationPeriod) return factor;
     return StoreF32(f64(factor) * 2 * kPi / 0.4);
 }
@@ -123,7 +123,7 @@ void WriteAccelFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const st
     if (nodes >= 1) {
         for (i16 m = first; m <= last; ++m) {
             (void)s.ModalAccel(0, m);  // the mode must exist
-            periods.push_back(FormatField(StoreF32(Div(kTwoPi, s.Freq.Omega(m))), "0.000", 8));
+            periods.push_back(FormatField(ModePeriod(s.Freq.Omega(m)), "0.000", 8));
         }
     }
 

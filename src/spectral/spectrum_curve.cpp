@@ -143,7 +143,7 @@ void ReadSpectrumCurve(RunState& s) {
             // spectral acceleration carries the curve factor.
             const f64 omega = s.Freq.Omega(modes);
             s.Curve.ZpaValue = StoreF32(omega * omega * s.Curve.ModalSpectrum(modes));
-            s.Curve.ZpaPeriod = StoreF32(Div(kTwoPi, omega));
+            s.Curve.ZpaPeriod = ModePeriod(omega);
         }
 
         // A ZPA that lies beyond the peak of the curve yet below it is
@@ -156,5 +156,7 @@ void ReadSpectrumCurve(RunState& s) {
         if (s.Ui) s.Ui->ShowMessage("Error in Spectrum Data", "TREMODAL");
     }
 }
+
+f32 ModePeriod(f32 omega) { return StoreF32(Div(kTwoPi, omega)); }
 
 }  // namespace tremodal

@@ -9,6 +9,9 @@
 
 namespace tremodal {
 
+// The period of a mode, 2 pi / omega, as a single.
+f32 ModePeriod(f32 omega);
+
 // Fills SpectrumCurve, ModalSpectrum, ZpaValue and ZpaPeriod.
 void ReadSpectrumCurve(RunState& state);
 
