@@ -50,6 +50,8 @@ struct ExampleOptions {
     std::string FreqCase = "1";
     std::string ResultsCase = "20";
     std::string OptionsNumber = "1";
+    std::vector<int> Directions{1, 3};
+    int CombMethod = 1;  // CQC
     bool NameFile = false;
 };
 
@@ -61,8 +63,11 @@ constexpr std::int64_t kFreedomBytes = 8;
 constexpr std::int64_t kNodeBytes = 6 * kFreedomBytes;
 // A frequency case above this is refused rather than left to fill the disk.
 constexpr std::int64_t kMaxCaseBytes = std::int64_t{16} * 1024 * 1024 * 1024;
-// The reader counts nodes in 16 bits.
-constexpr int kMaxStoreys = 32766;
+// Node numbers are 16-bit.
+constexpr int kMaxNodes = 32767;
+
+// The combination methods by their number in the options file.
+const char* const kCombMethods[] = {"SRSS", "CQC", "GROUP", "DSM", "ABS"};
 
 struct UsageError {
     std::string Text;
@@ -72,6 +77,7 @@ const char* const kUsage =
     "usage: make_example_model DIR [options]\n"
     "  --name NAME           base name of the model files (SHEAR)\n"
     "  --storeys N           storeys, 1 to 32766 (5)\n"
+    "  --nodes-per-floor P   columns side by side, (N + 1) P up to 32767 nodes (1)\n"
     "  --modes M             keep the lowest M modes, 0 to 2N (all 2N)\n"
     "  --mass M              storey mass, kg (1000)\n"
     "  --kx K, --kz K        storey stiffness for sway in x and in z, N/m (1e6, 1.5e6)\n"
@@ -85,6 +91,8 @@ const char* const kUsage =
     "  --freq-case C         frequency case number (1)\n"
     "  --results-case C      results case number in the options (20)\n"
     "  --options N           options number (1)\n"
+    "  --directions D        directions on in the options, digits 1 to 6 (13)\n"
+    "  --comb C              combination method: SRSS, CQC, GROUP, DSM or ABS (CQC)\n"
     "  --name-file           also write DIR/MODEL.NAM naming this model\n";
 
 double NumberArgument(const std::string& option, const std::string& text) {
@@ -142,9 +150,11 @@ ExampleOptions ParseArguments(const std::vector<std::string>& args) {
             }
             o.Name = value;
         } else if (arg == "--storeys") {
-            b.Storeys = IntegerArgument(arg, value, 1, kMaxStoreys);
+            b.Storeys = IntegerArgument(arg, value, 1, kMaxNodes - 1);
+        } else if (arg == "--nodes-per-floor") {
+            b.NodesPerFloor = IntegerArgument(arg, value, 1, kMaxNodes / 2);
         } else if (arg == "--modes") {
-            o.Modes = IntegerArgument(arg, value, 0, 2 * kMaxStoreys);
+            o.Modes = IntegerArgument(arg, value, 0, 2 * kMaxNodes);
         } else if (arg == "--mass") {
             b.StoreyMass = PositiveArgument(arg, value);
         } else if (arg == "--kx") {
@@ -181,19 +191,34 @@ ExampleOptions ParseArguments(const std::vector<std::string>& args) {
             o.ResultsCase = CaseArgument(arg, value);
         } else if (arg == "--options") {
             o.OptionsNumber = CaseArgument(arg, value);
+        } else if (arg == "--directions") {
+            o.Directions.clear();
+            for (char c : value) {
+                if (c < '1' || c > '6') throw UsageError{"--directions takes digits 1 to 6"};
+                o.Directions.push_back(c - '0');
+            }
+        } else if (arg == "--comb") {
+            o.CombMethod = -1;
+            for (int m = 0; m < 5; ++m) {
+                if (value == kCombMethods[m]) o.CombMethod = m;
+            }
+            if (o.CombMethod < 0) throw UsageError{"--comb is SRSS, CQC, GROUP, DSM or ABS"};
         } else {
             throw UsageError{"unknown option " + arg};
         }
     }
     if (o.Dir.empty()) throw UsageError{"no directory given"};
+    if (std::int64_t{b.Storeys + 1} * b.NodesPerFloor > kMaxNodes) {
+        throw UsageError{"(storeys + 1) x nodes per floor must not exceed 32767 nodes"};
+    }
     if (o.Modes > 2 * b.Storeys) throw UsageError{"--modes must not exceed twice the storeys"};
     if (o.MassNoise != 0 && o.Mass != MassForm::Square)
         throw UsageError{"--mass-noise needs --mass-form square"};
 
-    const std::int64_t equations = EquationCount(b.Storeys, o.AllFreedoms);
+    const std::int64_t equations = EquationCount(b, o.AllFreedoms);
     const std::int64_t modes = o.Modes < 0 ? 2 * b.Storeys : o.Modes;
     const std::int64_t massBytes = o.Mass == MassForm::Square ? equations * equations * 8 : equations * 8;
-    const std::int64_t caseBytes = 40 + modes * 8 + modes * NodeCount(b.Storeys) * kNodeBytes + 8 + massBytes;
+    const std::int64_t caseBytes = 40 + modes * 8 + modes * NodeCount(b) * kNodeBytes + 8 + massBytes;
     if (caseBytes > kMaxCaseBytes) {
         throw UsageError{"the frequency case would take " + GeneralText(f64(caseBytes)) +
                          " bytes; keep fewer --modes or use the lumped mass form"};
@@ -230,12 +255,14 @@ void WriteSizeFile(const ExampleOptions& o, const std::string& modelPath) {
     PrintFile out(modelPath + ".XSZ", TextMode::Output);
     out.Line("EXAMPLE MODEL");
     out.Line(o.Name);
-    out.Line("Uniform shear building of " + GeneralText(i32{b.Storeys}) + " storeys");
+    std::string title = "Uniform shear building of " + GeneralText(i32{b.Storeys}) + " storeys";
+    if (b.NodesPerFloor > 1) title += " of " + GeneralText(i32{b.NodesPerFloor}) + " columns";
+    out.Line(title);
     out.Line("storey mass " + GeneralText(b.StoreyMass));
     out.Line("storey height " + GeneralText(b.StoreyHeight));
     out.Line(o.AllFreedoms ? "all floor freedoms active" : "floors sway in x and z only");
-    // The columns are the elements: one per storey.
-    out.Line(GeneralText(i32{b.Storeys}) + ",0," + GeneralText(i32{NodeCount(b.Storeys)}) + ",0");
+    // The columns are the elements: one per column and storey.
+    out.Line(GeneralText(i32{b.Storeys * b.NodesPerFloor}) + ",0," + GeneralText(i32{NodeCount(b)}) + ",0");
     out.Line("storey stiffness x " + GeneralText(b.StiffnessX));
     out.Line("storey stiffness z " + GeneralText(b.StiffnessZ));
     out.Line("frequency case " + o.FreqCase);
@@ -251,12 +278,13 @@ void WriteSizeFile(const ExampleOptions& o, const std::string& modelPath) {
 void WriteCoordinates(const ExampleOptions& o, const std::string& modelPath) {
     const ShearBuilding& b = o.Building;
     std::vector<unsigned char> block;
-    for (int node = 1; node <= NodeCount(b.Storeys); ++node) {
-        const int floor = node - BaseNode();
-        PutI16(block, static_cast<i16>(node));
-        PutF32(block, 0.0f);
-        PutF32(block, static_cast<f32>(floor * b.StoreyHeight));
-        PutF32(block, 0.0f);
+    for (int floor = 0; floor <= b.Storeys; ++floor) {
+        for (int column = 1; column <= b.NodesPerFloor; ++column) {
+            PutI16(block, static_cast<i16>(FloorNode(b, floor, column)));
+            PutF32(block, static_cast<f32>((column - 1) * b.Bay));
+            PutF32(block, static_cast<f32>(floor * b.StoreyHeight));
+            PutF32(block, 0.0f);
+        }
     }
     const std::string path = modelPath + ".XYZ";
     RemoveOld(path);
@@ -271,19 +299,21 @@ void WriteCoordinates(const ExampleOptions& o, const std::string& modelPath) {
 std::vector<unsigned char> ModeTemplate(const ExampleOptions& o) {
     const ShearBuilding& b = o.Building;
     std::vector<unsigned char> block;
-    for (int node = 1; node <= NodeCount(b.Storeys); ++node) {
-        const int floor = node - BaseNode();
-        for (int freedom = 1; freedom <= 6; ++freedom) {
-            const std::int64_t equation = floor == 0 ? 0 : FloorEquation(floor, freedom, o.AllFreedoms);
-            PutI32(block, static_cast<i32>(equation));
-            PutF32(block, 0.0f);
+    for (int floor = 0; floor <= b.Storeys; ++floor) {
+        for (int column = 1; column <= b.NodesPerFloor; ++column) {
+            for (int freedom = 1; freedom <= 6; ++freedom) {
+                const std::int64_t equation =
+                    floor == 0 ? 0 : FloorEquation(b, floor, column, freedom, o.AllFreedoms);
+                PutI32(block, static_cast<i32>(equation));
+                PutF32(block, 0.0f);
+            }
         }
     }
     return block;
 }
 
 void WriteMassBlock(const ExampleOptions& o, BinaryFile& file, std::int64_t equations) {
-    const double m = o.Building.StoreyMass;
+    const double m = NodeMass(o.Building);
     std::vector<unsigned char> block;
     if (o.Mass == MassForm::Lumped) {
         // Mass form 1, a mass count of one per equation, the masses.
@@ -318,8 +348,8 @@ void WriteMassBlock(const ExampleOptions& o, BinaryFile& file, std::int64_t equa
 void WriteFrequencyCase(const ExampleOptions& o, const std::string& modelPath,
                         const std::vector<BuildingMode>& modes) {
     const ShearBuilding& b = o.Building;
-    const int caseNodes = NodeCount(b.Storeys);
-    const std::int64_t equations = EquationCount(b.Storeys, o.AllFreedoms);
+    const int caseNodes = NodeCount(b);
+    const std::int64_t equations = EquationCount(b, o.AllFreedoms);
     const double totalMass = b.Storeys * b.StoreyMass;
 
     std::vector<unsigned char> block;
@@ -345,9 +375,11 @@ void WriteFrequencyCase(const ExampleOptions& o, const std::string& modelPath,
         block.insert(block.end(), pattern.begin(), pattern.end());
         const std::int64_t valueOffset = (SwayFreedom(mode.Family) - 1) * kFreedomBytes + 4;
         for (int floor = 1; floor <= b.Storeys; ++floor) {
-            const std::int64_t at = (FloorNode(floor) - 1) * kNodeBytes + valueOffset;
-            const double phi = ShapeValue(b.Storeys, b.StoreyMass, mode.Order, floor);
-            PatchF32(block, start + static_cast<std::size_t>(at), static_cast<f32>(phi));
+            const f32 phi = static_cast<f32>(ShapeValue(b.Storeys, b.StoreyMass, mode.Order, floor));
+            for (int column = 1; column <= b.NodesPerFloor; ++column) {
+                const std::int64_t at = (FloorNode(b, floor, column) - 1) * kNodeBytes + valueOffset;
+                PatchF32(block, start + static_cast<std::size_t>(at), phi);
+            }
         }
         if (block.size() >= kBlockBytes) {
             file.Write(block.data(), block.size());
@@ -411,8 +443,9 @@ void WriteOptions(const ExampleOptions& o, const std::string& modelPath, const s
     state.Options.FreqCase = o.FreqCase;
     state.Options.ResultsCase = o.ResultsCase;
     state.Options.SpectrumFile = spectrumPath;
-    state.Options.DirOn(1) = 1;
-    state.Options.DirOn(3) = 1;
+    for (int d = 1; d <= 6; ++d) state.Options.DirOn(d) = 0;
+    for (int d : o.Directions) state.Options.DirOn(d) = 1;
+    state.Options.CombMethod = static_cast<i16>(o.CombMethod);
     WriteOptionsFile(state);
 }
 
@@ -435,20 +468,22 @@ std::string PadRight(const std::string& text, std::size_t width) {
 void PrintSummary(const ExampleOptions& o, const std::string& modelPath,
                   const std::vector<BuildingMode>& modes, std::size_t curvePoints) {
     const ShearBuilding& b = o.Building;
-    const std::int64_t equations = EquationCount(b.Storeys, o.AllFreedoms);
+    const std::int64_t equations = EquationCount(b, o.AllFreedoms);
     std::cout << "Uniform shear building of " << GeneralText(i32{b.Storeys}) << " storeys, storey mass "
               << GeneralText(b.StoreyMass) << ", stiffness x " << GeneralText(b.StiffnessX) << ", z "
               << GeneralText(b.StiffnessZ) << "\n";
     std::cout << "  " << modelPath << ".XSZ\n";
-    std::cout << "  " << modelPath << ".XYZ  " << GeneralText(i32{NodeCount(b.Storeys)})
-              << " nodes, node 1 the base\n";
+    std::cout << "  " << modelPath << ".XYZ  " << GeneralText(i32{NodeCount(b)}) << " nodes, "
+              << GeneralText(i32{b.NodesPerFloor}) << " a floor\n";
     std::cout << "  " << modelPath << ".H" << o.FreqCase << "  " << GeneralText(i32(modes.size()))
               << " modes, " << GeneralText(f64(equations)) << " equations, "
               << (o.Mass == MassForm::Lumped ? "lumped" : "square") << " mass\n";
     std::cout << "  " << modelPath << ".URS1  " << (o.Spectrum == SpectrumShape::Flat ? "flat" : "design")
               << " spectrum, " << GeneralText(i32(curvePoints)) << " points\n";
     std::cout << "  " << modelPath << ".USM" << o.OptionsNumber << "  frequency case " << o.FreqCase
-              << ", results case " << o.ResultsCase << ", directions x and z\n";
+              << ", results case " << o.ResultsCase << ", directions ";
+    for (int d : o.Directions) std::cout << d;
+    std::cout << ", combination " << kCombMethods[o.CombMethod] << "\n";
     if (o.NameFile) std::cout << "  MODEL.NAM\n";
     std::cout << "  Mode  Sway      n         Omega (rad/s)        Frequency (Hz)            Period (s)\n";
     for (std::size_t i = 0; i < modes.size(); ++i) {

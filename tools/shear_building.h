@@ -40,32 +40,53 @@ enum class Sway { X, Z };
 
 inline int SwayFreedom(Sway sway) { return sway == Sway::X ? 1 : 3; }
 
-// Nodes: node 1 is the base at y = 0, restrained, with no equation on any
-// freedom; node j + 1 is floor j at y = j h. All nodes stand on the vertical
-// axis, x = z = 0.
-inline int BaseNode() { return 1; }
-inline int FloorNode(int floor) { return floor + 1; }
-inline int NodeCount(int storeys) { return storeys + 1; }
+struct ShearBuilding {
+    int Storeys = 5;
+    int NodesPerFloor = 1;      // columns standing side by side
+    double StoreyMass = 1000;   // kg, of a whole floor
+    double StiffnessX = 1.0e6;  // N/m, storey stiffness for sway in x
+    double StiffnessZ = 1.5e6;  // N/m, for sway in z
+    double StoreyHeight = 3;    // m
+    double Bay = 5;             // m, between neighbouring columns along x
+};
 
-// Equations are numbered floor by floor from the bottom, and within a floor in
-// freedom order. In the lateral model only x and z of a floor have equations:
-// floor j has x = 2j - 1 and z = 2j. With every freedom of a floor active
-// freedom d of floor j is equation 6 (j - 1) + d; y and the rotations then
+// Nodes: a floor may have P nodes, the heads of P equal columns standing in
+// a row along x, one bay apart. Nodes 1..P are the column bases at y = 0,
+// restrained, with no equation on any freedom; node j P + c is column c at
+// floor j, at y = j h. Each column carries 1/P of the storey mass and of the
+// storey stiffness, and the nodes of a floor are tied by links stiff enough
+// that the modes in which they move apart lie above every mode kept: each
+// kept mode moves a whole floor as one, with the value of the one-column
+// building at every node of the floor, and so has that building's frequency
+// and participation. With P = 1 node 1 is the base and node j + 1 floor j.
+inline int NodeCount(const ShearBuilding& b) { return (b.Storeys + 1) * b.NodesPerFloor; }
+inline int FloorNode(const ShearBuilding& b, int floor, int column = 1) {
+    return floor * b.NodesPerFloor + column;
+}
+
+// Equations are numbered floor by floor from the bottom, within a floor
+// column by column, and within a node in freedom order. In the lateral model
+// only x and z of a node have equations: node number k of the floors (k = 1 for
+// column 1 of floor 1) has x = 2k - 1 and z = 2k. With every freedom active
+// freedom d of that node is equation 6 (k - 1) + d; y and the rotations then
 // carry mass but no written mode moves them (their own modes are left out of
 // the frequency case, as a solver that stopped early would leave them).
-// Every equation carries the storey mass m, for a rotation read as a rotary
-// inertia of m times 1 m^2.
-inline int EquationsPerFloor(bool allFreedoms) { return allFreedoms ? 6 : 2; }
-inline std::int64_t EquationCount(int storeys, bool allFreedoms) {
-    return std::int64_t{storeys} * EquationsPerFloor(allFreedoms);
+// Every equation carries the node's share m / P of the storey mass, for a
+// rotation read as a rotary inertia of that mass times 1 m^2.
+inline int EquationsPerNode(bool allFreedoms) { return allFreedoms ? 6 : 2; }
+inline std::int64_t EquationCount(const ShearBuilding& b, bool allFreedoms) {
+    return std::int64_t{b.Storeys} * b.NodesPerFloor * EquationsPerNode(allFreedoms);
 }
-// The equation of freedom 1..6 of a floor, 0 for a freedom without one.
-inline std::int64_t FloorEquation(int floor, int freedom, bool allFreedoms) {
-    if (allFreedoms) return 6 * std::int64_t{floor - 1} + freedom;
-    if (freedom == 1) return 2 * std::int64_t{floor} - 1;
-    if (freedom == 3) return 2 * std::int64_t{floor};
+// The equation of freedom 1..6 of a floor node, 0 for a freedom without one.
+inline std::int64_t FloorEquation(const ShearBuilding& b, int floor, int column, int freedom,
+                                  bool allFreedoms) {
+    const std::int64_t k = std::int64_t{floor - 1} * b.NodesPerFloor + column;
+    if (allFreedoms) return 6 * (k - 1) + freedom;
+    if (freedom == 1) return 2 * k - 1;
+    if (freedom == 3) return 2 * k;
     return 0;
 }
+inline double NodeMass(const ShearBuilding& b) { return b.StoreyMass / b.NodesPerFloor; }
 
 // theta_n of mode n (1..N) of a family.
 inline double ModeAngle(int storeys, int n) { return (2.0 * n - 1.0) * kPi / (2.0 * storeys + 1.0); }
@@ -89,14 +110,6 @@ inline double EffectiveMass(int storeys, double mass, int n) {
     const double gamma = ParticipationFactor(storeys, mass, n);
     return gamma * gamma;
 }
-
-struct ShearBuilding {
-    int Storeys = 5;
-    double StoreyMass = 1000;   // kg
-    double StiffnessX = 1.0e6;  // N/m, storey stiffness for sway in x
-    double StiffnessZ = 1.5e6;  // N/m, for sway in z
-    double StoreyHeight = 3;    // m
-};
 
 // One mode of the whole building: its family, its number n within the family
 // and its circular frequency.

@@ -85,7 +85,7 @@ struct MissingMassModel {
         double shear = 0;
         std::vector<double> storeyShear(kStoreys + 2, 0.0);
         for (int floor = kStoreys; floor >= 1; --floor) {
-            shear += loads[example::FloorNode(floor)];
+            shear += loads[example::FloorNode(example::ShearBuilding{}, floor)];
             storeyShear[floor] = shear;
         }
         for (int floor = 1; floor <= kStoreys; ++floor) u[floor] = u[floor - 1] + storeyShear[floor] / stiffness;
@@ -169,7 +169,7 @@ TEST(MissingMass, TwoPassesWithTheSolverBetween) {
     const std::string hs1 = ReadFile(p + ".HS1");
     const std::size_t pseudo = 16 + 5 * 8 + 4 * 6 * 48;
     for (int floor = 1; floor <= kStoreys; ++floor) {
-        const std::size_t at = pseudo + std::size_t(example::FloorNode(floor) - 1) * 48;
+        const std::size_t at = pseudo + std::size_t(example::FloorNode(example::ShearBuilding{}, floor) - 1) * 48;
         EXPECT_EQ(F32At(hs1, at + 4), float(ux[floor])) << "floor " << floor;
     }
     const std::string results = ReadFile(p + ".L20");

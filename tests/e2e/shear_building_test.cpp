@@ -1,6 +1,8 @@
 // The analysis against theory: a uniform shear building whose modes and
 // frequencies are known in closed form, run through the whole analysis as a
 // batch run does, on the files the example tool writes.
+#include "tools/shear_building.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,7 +11,6 @@
 #include "runcontrol/analysis_driver.h"
 #include "runcontrol/startup.h"
 #include "support/test_support.h"
-#include "tools/shear_building.h"
 
 namespace tremodal {
 namespace {
@@ -23,7 +24,7 @@ using testing::FakeHost;
 using testing::RunCommand;
 using testing::TempDir;
 
-constexpr double kFlatValue = 0.3;          // g, all over the curve
+constexpr double kFlatValue = 0.3;                   // g, all over the curve
 constexpr double kAcceleration = 9.81 * kFlatValue;  // with the options' curve factor
 
 // Single precision carries about 7 digits; sums over a few modes lose a few
@@ -41,11 +42,12 @@ struct BuildingRun {
     // Writes the five-storey building with the lowest `modes` modes (all 10
     // by default) and a flat acceleration spectrum, and starts a batch run on
     // it, which runs the analysis once with the example's options.
-    explicit BuildingRun(int modes = -1, const std::string& extra = "") {
-        const std::string command = std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() +
-                                    "' --name-file --spectrum flat --flat-value 0.3" +
-                                    (modes >= 0 ? " --modes " + std::to_string(modes) : "") + " " + extra +
-                                    " > /dev/null";
+    explicit BuildingRun(int modes = -1, const std::string& extra = "", int columns = 1) {
+        building.NodesPerFloor = columns;
+        const std::string command =
+            std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() +
+            "' --name-file --spectrum flat --flat-value 0.3 --nodes-per-floor " + std::to_string(columns) +
+            (modes >= 0 ? " --modes " + std::to_string(modes) : "") + " " + extra + " > /dev/null";
         if (RunCommand(command) != 0) throw std::runtime_error("example tool failed: " + command);
         host.Files1 = dir.Path();
         host.Files2 = dir.File("bin");
@@ -61,46 +63,54 @@ struct BuildingRun {
         AnalyzeResponse(state);
     }
 
-    // The equation of a floor's freedom, and the run's mode number of a
-    // building mode (modes are stored by ascending frequency).
-    i32 Equation(int floor, int freedom) const { return i32(FloorEquation(floor, freedom, false)); }
+    // The equation of a floor's freedom at its last column.
+    i32 Equation(int floor, int freedom) const {
+        return i32(FloorEquation(building, floor, building.NodesPerFloor, freedom, false));
+    }
 };
 
+// Three columns a floor, each with a third of the floor's mass, move as the
+// one-column building does and give the same results.
 TEST(ShearBuilding, ParticipationDisplacementsAndShearMatchTheClosedForm) {
-    BuildingRun run;
-    run.RunDirection(1);
-    const RunState& s = run.state;
-    const std::vector<BuildingMode> modes = SortedModes(run.building);
-    ASSERT_EQ(s.Freq.NumModes, 10);
+    for (int columns : {1, 3}) {
+        SCOPED_TRACE("columns " + std::to_string(columns));
+        BuildingRun run(-1, "", columns);
+        run.RunDirection(1);
+        const RunState& s = run.state;
+        const std::vector<BuildingMode> modes = SortedModes(run.building);
+        ASSERT_EQ(s.Freq.NumModes, 10);
 
-    double shearSquares = 0;
-    for (std::size_t i = 0; i < modes.size(); ++i) {
-        const i32 m = i32(i + 1);
-        const BuildingMode& mode = modes[i];
-        const double gamma = example::ModeParticipation(run.building, mode, 1);
-        ExpectNear(s.Freq.Omega(m), mode.Omega, "omega of mode " + std::to_string(m));
-        ExpectNear(s.Participation(m), gamma, "participation of mode " + std::to_string(m), 5e-6);
-        // A flat acceleration curve gives the spectral displacement a / omega^2.
-        const double sd = kAcceleration / (mode.Omega * mode.Omega);
-        ExpectNear(s.Curve.ModalSpectrum(m), sd, "spectral displacement of mode " + std::to_string(m));
-        for (int floor = 1; floor <= run.building.Storeys; ++floor) {
-            const double phi = example::ModeValue(run.building, mode, floor, 1);
-            ExpectNear(s.ModalDisp(run.Equation(floor, 1), m), sd * gamma * phi,
-                       "x displacement of floor " + std::to_string(floor) + " in mode " + std::to_string(m),
-                       2e-5);
-            ExpectNear(s.ModalAccel(run.Equation(floor, 1), m), kAcceleration * gamma * phi,
-                       "x acceleration of floor " + std::to_string(floor) + " in mode " + std::to_string(m),
-                       2e-5);
-            EXPECT_EQ(s.ModalDisp(run.Equation(floor, 3), m), 0.0f) << "no z response to an x motion";
+        double shearSquares = 0;
+        for (std::size_t i = 0; i < modes.size(); ++i) {
+            const i32 m = i32(i + 1);
+            const BuildingMode& mode = modes[i];
+            const double gamma = example::ModeParticipation(run.building, mode, 1);
+            ExpectNear(s.Freq.Omega(m), mode.Omega, "omega of mode " + std::to_string(m));
+            ExpectNear(s.Participation(m), gamma, "participation of mode " + std::to_string(m), 5e-6);
+            // A flat acceleration curve gives the spectral displacement a / omega^2.
+            const double sd = kAcceleration / (mode.Omega * mode.Omega);
+            ExpectNear(s.Curve.ModalSpectrum(m), sd, "spectral displacement of mode " + std::to_string(m));
+            for (int floor = 1; floor <= run.building.Storeys; ++floor) {
+                const double phi = example::ModeValue(run.building, mode, floor, 1);
+                ExpectNear(
+                    s.ModalDisp(run.Equation(floor, 1), m), sd * gamma * phi,
+                    "x displacement of floor " + std::to_string(floor) + " in mode " + std::to_string(m),
+                    2e-5);
+                ExpectNear(
+                    s.ModalAccel(run.Equation(floor, 1), m), kAcceleration * gamma * phi,
+                    "x acceleration of floor " + std::to_string(floor) + " in mode " + std::to_string(m),
+                    2e-5);
+                EXPECT_EQ(s.ModalDisp(run.Equation(floor, 3), m), 0.0f) << "no z response to an x motion";
+            }
+            const double modalShear = gamma * gamma * kAcceleration;
+            shearSquares += modalShear * modalShear;
         }
-        const double modalShear = gamma * gamma * kAcceleration;
-        shearSquares += modalShear * modalShear;
+        // SRSS leaves the square of the base shear.
+        ExpectNear(std::sqrt(s.BaseShear(1)), std::sqrt(shearSquares), "SRSS base shear", 1e-5);
+        ExpectNear(s.ExcitedMass, 5000, "mass moved by an x motion");
+        // With every mode kept, the ZPA of the highest mode is the curve's.
+        ExpectNear(s.Curve.ZpaValue, kAcceleration, "ZPA from the highest mode");
     }
-    // SRSS leaves the square of the base shear.
-    ExpectNear(std::sqrt(s.BaseShear(1)), std::sqrt(shearSquares), "SRSS base shear", 1e-5);
-    ExpectNear(s.ExcitedMass, 5000, "mass moved by an x motion");
-    // With every mode kept, the ZPA of the highest mode is the curve's.
-    ExpectNear(s.Curve.ZpaValue, kAcceleration, "ZPA from the highest mode");
 }
 
 TEST(ShearBuilding, AllModesReachTheWholeMassAndFewerLeaveTheRestMissing) {
@@ -152,8 +162,7 @@ TEST(ShearBuilding, PrincipalAngleSplitsTheMotionAndRotationsUseTheHeights) {
     const std::vector<BuildingMode> modes = SortedModes(run.building);
     for (std::size_t i = 0; i < modes.size(); ++i) {
         const double along = modes[i].Family == Sway::X ? c : sn;
-        ExpectNear(s.Participation(i32(i + 1)),
-                   along * example::ParticipationFactor(5, 1000, modes[i].Order),
+        ExpectNear(s.Participation(i32(i + 1)), along * example::ParticipationFactor(5, 1000, modes[i].Order),
                    "participation at 30 degrees, mode " + std::to_string(i + 1), 5e-6);
     }
 

@@ -1,0 +1,108 @@
+// The files of a run must stay byte for byte what they were when this test was
+// written, whatever is done to make the program faster. Two moderate models,
+// one lumped and one with a square mass block and rotations, cover every
+// writer of an ordinary run. The fingerprints were taken from the program as
+// it stood before any work on speed; a change here means a changed result.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <regex>
+#include <string>
+
+#include "support/model_fixture.h"
+
+namespace tremodal {
+namespace {
+
+using testing::ReadFile;
+using testing::RunCommand;
+using testing::RunTreModalIn;
+using testing::TempDir;
+using testing::WriteStandInCasepostIn;
+
+// FNV-1a, 64 bits: enough to tell one file from another.
+std::uint64_t Fingerprint(const std::string& bytes) {
+    std::uint64_t hash = 14695981039346656037ull;
+    for (unsigned char c : bytes) {
+        hash ^= c;
+        hash *= 1099511628211ull;
+    }
+    return hash;
+}
+
+// The run's date and time and the temporary directory's name are the only
+// things that may differ from one run to the next.
+std::string Masked(std::string bytes, const std::string& dir) {
+    const std::string token = "<DIR>";
+    for (std::size_t at = bytes.find(dir); at != std::string::npos; at = bytes.find(dir, at + token.size())) {
+        bytes.replace(at, dir.size(), token);
+    }
+    static const std::regex date("[0-9]{2}/[0-9]{2}/[0-9]{4}");
+    static const std::regex time("[0-9]{2}:[0-9]{2}:[0-9]{2}");
+    bytes = std::regex_replace(bytes, date, "DD/MM/YYYY");
+    return std::regex_replace(bytes, time, "HH:MM:SS");
+}
+
+std::map<std::string, std::uint64_t> RunAndFingerprint(const std::string& toolArguments,
+                                                       const std::vector<std::string>& outputs) {
+    TempDir dir;
+    const std::string command = std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() + "' --name-file " +
+                                toolArguments + " > /dev/null";
+    EXPECT_EQ(RunCommand(command), 0) << command;
+    testing::WriteSettingsIn(dir.Path());
+    WriteStandInCasepostIn(dir.Path());
+    EXPECT_EQ(RunTreModalIn(dir.Path(), "1/20/"), 0);
+    std::map<std::string, std::uint64_t> prints;
+    for (const std::string& name : outputs) {
+        prints[name] = Fingerprint(Masked(ReadFile(dir.Path() + "/" + name), dir.Path()));
+    }
+    return prints;
+}
+
+TEST(UnchangedOutput, LumpedModelOfThreeColumnsInThreeDirections) {
+    const std::map<std::string, std::uint64_t> prints = RunAndFingerprint(
+        "--storeys 40 --nodes-per-floor 3 --all-freedoms --modes 60 --directions 123 --comb CQC",
+        {"SHEAR.HS1", "SHEAR.HS2", "SHEAR.HS3", "SHEAR.L20", "SHEAR.W20", "SHEAR.120", "SHEAR.220",
+         "SHEAR.NSL", "response.cnt"});
+    const std::map<std::string, std::uint64_t> expected = {
+        {"SHEAR.120", 13424457592026288669ull},    {"SHEAR.220", 4273277574130670768ull},
+        {"SHEAR.HS1", 17911405036323928648ull},    {"SHEAR.HS2", 8248900691687747698ull},
+        {"SHEAR.HS3", 7515506482739169932ull},     {"SHEAR.L20", 9743635788666941101ull},
+        {"SHEAR.NSL", 7215119952037326015ull},     {"SHEAR.W20", 5359939413570032255ull},
+        {"response.cnt", 15589206520319261822ull},
+    };
+    EXPECT_EQ(prints, expected);
+}
+
+TEST(UnchangedOutput, SquareMassWithRotationsUnderEachCombination) {
+    const char* const methods[] = {"SRSS", "GROUP", "DSM", "ABS"};
+    std::map<std::string, std::uint64_t> prints;
+    for (const char* method : methods) {
+        for (const auto& [name, print] : RunAndFingerprint(
+                 std::string("--storeys 12 --nodes-per-floor 2 --all-freedoms --modes 20 --mass-form square "
+                             "--mass-noise 0.05 --directions 123456 --comb ") +
+                     method,
+                 {"SHEAR.HS1", "SHEAR.HS4", "SHEAR.HS6", "SHEAR.L20", "SHEAR.120", "SHEAR.220"})) {
+            prints[std::string(method) + " " + name] = print;
+        }
+    }
+    const std::map<std::string, std::uint64_t> expected = {
+        {"ABS SHEAR.120", 15287891661129272509ull},   {"ABS SHEAR.220", 10728177014185588206ull},
+        {"ABS SHEAR.HS1", 3209784707147609020ull},    {"ABS SHEAR.HS4", 9984485631673247020ull},
+        {"ABS SHEAR.HS6", 7341262957870017788ull},    {"ABS SHEAR.L20", 6366729874619780664ull},
+        {"DSM SHEAR.120", 15287891661129272509ull},   {"DSM SHEAR.220", 10171600115125991691ull},
+        {"DSM SHEAR.HS1", 4901571405114145039ull},    {"DSM SHEAR.HS4", 1663800518915209175ull},
+        {"DSM SHEAR.HS6", 12377475557505573559ull},   {"DSM SHEAR.L20", 14032627782110623064ull},
+        {"GROUP SHEAR.120", 15287891661129272509ull}, {"GROUP SHEAR.220", 6571055090170620570ull},
+        {"GROUP SHEAR.HS1", 18221674879372501478ull}, {"GROUP SHEAR.HS4", 896258808664487598ull},
+        {"GROUP SHEAR.HS6", 205563167193351102ull},   {"GROUP SHEAR.L20", 11968808103380641950ull},
+        {"SRSS SHEAR.120", 15287891661129272509ull},  {"SRSS SHEAR.220", 9971165547821064460ull},
+        {"SRSS SHEAR.HS1", 3567960872156796960ull},   {"SRSS SHEAR.HS4", 17884398663827174096ull},
+        {"SRSS SHEAR.HS6", 6288666743295468592ull},   {"SRSS SHEAR.L20", 4167700606266519920ull},
+    };
+    EXPECT_EQ(prints, expected);
+}
+
+}  // namespace
+}  // namespace tremodal
