@@ -118,24 +118,27 @@ void ReadShapeBlock(RunState& state, BinaryFile& file, std::int64_t caseNodes) {
     const std::int64_t pairsPerMode = caseNodes * 6;
     const std::int64_t totalPairs = f.NumModes * pairsPerMode;
     std::vector<unsigned char> buffer;
+    // Mode m, node n, freedom d of the next pair.
+    std::int64_t m = 1, n = 1, d = 1;
     std::int64_t done = 0;
     while (done < totalPairs) {
         const std::int64_t take = std::min(totalPairs - done, kBlockBuffer / kPairLength);
         buffer.resize(static_cast<std::size_t>(take * kPairLength));
         ReadExactly(file, buffer.data(), take * kPairLength, "shape block");
-        for (std::int64_t k = 0; k < take; ++k) {
-            const std::int64_t pair = done + k;
-            const std::int64_t m = pair / pairsPerMode + 1;
-            const std::int64_t inMode = pair % pairsPerMode;
-            const std::int64_t n = inMode / 6 + 1;
-            const std::int64_t d = inMode % 6 + 1;
-            const unsigned char* at = buffer.data() + kPairLength * k;
+        for (const unsigned char* at = buffer.data(); at < buffer.data() + buffer.size(); at += kPairLength) {
             // The equation comes first, and its value goes to the slot that
             // this very number names; equation 0 collects the freedoms that
             // have none, and no sum reads it.
             const i32 equation = GetI32(at);
             f.NodeDof(n, d) = equation;
             f.ModeShape(equation, m) = StoreF32(GetF32(at + 4));
+            if (++d > 6) {
+                d = 1;
+                if (++n > caseNodes) {
+                    n = 1;
+                    ++m;
+                }
+            }
         }
         done += take;
     }

@@ -26,24 +26,10 @@ constexpr int kBadRecordNumber = 63;
 std::string Describe(const std::string& path) { return path + ": " + std::strerror(errno); }
 
 template <class Unsigned>
-void StoreLittle(unsigned char* to, Unsigned bits) {
-    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) to[i] = static_cast<unsigned char>(bits >> (8 * i));
-}
-
-template <class Unsigned>
 void PutLittle(std::vector<unsigned char>& out, Unsigned bits) {
     unsigned char bytes[sizeof(Unsigned)];
     StoreLittle(bytes, bits);
     out.insert(out.end(), bytes, bytes + sizeof bytes);
-}
-
-template <class Unsigned>
-Unsigned GetLittle(const unsigned char* at) {
-    Unsigned bits = 0;
-    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
-        bits |= static_cast<Unsigned>(static_cast<Unsigned>(at[i]) << (8 * i));
-    }
-    return bits;
 }
 
 // Reads up to n bytes at an offset, stopping only at the end of the file.
@@ -313,9 +299,5 @@ void PutFixedText(std::vector<unsigned char>& out, std::string_view text, std::s
     out.insert(out.end(), length - kept, static_cast<unsigned char>(' '));
 }
 
-i16 GetI16(const unsigned char* at) { return std::bit_cast<i16>(GetLittle<std::uint16_t>(at)); }
-i32 GetI32(const unsigned char* at) { return std::bit_cast<i32>(GetLittle<std::uint32_t>(at)); }
-f32 GetF32(const unsigned char* at) { return std::bit_cast<f32>(GetLittle<std::uint32_t>(at)); }
-f64 GetF64(const unsigned char* at) { return std::bit_cast<f64>(GetLittle<std::uint64_t>(at)); }
 
 }  // namespace tremodal

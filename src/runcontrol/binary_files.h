@@ -3,6 +3,7 @@
 // written through one buffer, not field by field through the kernel.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -82,9 +83,25 @@ void PutF32(std::vector<unsigned char>& out, f32 value);
 void PutF64(std::vector<unsigned char>& out, f64 value);
 void PutFixedText(std::vector<unsigned char>& out, std::string_view text, std::size_t length);
 
-i16 GetI16(const unsigned char* at);
-i32 GetI32(const unsigned char* at);
-f32 GetF32(const unsigned char* at);
-f64 GetF64(const unsigned char* at);
+// The block codecs are inline: a large run encodes and decodes every value
+// of its mode shapes and responses through them.
+template <class Unsigned>
+inline void StoreLittle(unsigned char* to, Unsigned bits) {
+    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) to[i] = static_cast<unsigned char>(bits >> (8 * i));
+}
+
+template <class Unsigned>
+inline Unsigned GetLittle(const unsigned char* at) {
+    Unsigned bits = 0;
+    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
+        bits |= static_cast<Unsigned>(static_cast<Unsigned>(at[i]) << (8 * i));
+    }
+    return bits;
+}
+
+inline i16 GetI16(const unsigned char* at) { return std::bit_cast<i16>(GetLittle<std::uint16_t>(at)); }
+inline i32 GetI32(const unsigned char* at) { return std::bit_cast<i32>(GetLittle<std::uint32_t>(at)); }
+inline f32 GetF32(const unsigned char* at) { return std::bit_cast<f32>(GetLittle<std::uint32_t>(at)); }
+inline f64 GetF64(const unsigned char* at) { return std::bit_cast<f64>(GetLittle<std::uint64_t>(at)); }
 
 }  // namespace tremodal

@@ -9,12 +9,6 @@
 namespace tremodal {
 namespace {
 
-// Half way between the largest single and the next power of two: a double at
-// or beyond it rounds to an infinite single (the largest single has an odd
-// last digit, so the tie goes up). Checked before the conversion, which is
-// undefined for a value the single cannot hold.
-constexpr f64 kSingleOverflow = 0x1.ffffffp127;
-
 [[noreturn]] void FailOverflow(f64 x, const char* target) {
     Fail(kOverflow, "overflow: " + GeneralText(x) + " does not fit " + target);
 }
@@ -48,10 +42,9 @@ Int Narrow(std::int64_t x, const char* target) {
 
 }  // namespace
 
-f32 StoreF32(f64 x) {
+void FailStoreF32(f64 x) {
     if (std::isnan(x)) Fail(kOverflow, "overflow: not a number stored in a single");
-    if (!(std::fabs(x) < kSingleOverflow)) FailOverflow(x, "a single");
-    return f32(x);
+    FailOverflow(x, "a single");
 }
 
 f64 CheckF64(f64 x) {

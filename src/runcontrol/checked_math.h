@@ -9,9 +9,22 @@
 
 namespace tremodal {
 
+// Half way between the largest single and the next power of two: a double at
+// or beyond it rounds to an infinite single (the largest single has an odd
+// last digit, so the tie goes up). Checked before the conversion, which is
+// undefined for a value the single cannot hold.
+inline constexpr f64 kSingleOverflow = 0x1.ffffffp127;
+
+[[noreturn]] void FailStoreF32(f64 x);
+
 // Rounds a double to single on store. Fails with 6 when the value (or the
-// rounded single) is infinite or not a number.
-f32 StoreF32(f64 x);
+// rounded single) is infinite or not a number. Inline: the analysis stores
+// hundreds of millions of values in a large run.
+inline f32 StoreF32(f64 x) {
+    // A NaN fails the comparison as well.
+    if (!(x < kSingleOverflow && x > -kSingleOverflow)) FailStoreF32(x);
+    return f32(x);
+}
 
 // Checks an intermediate double: 6 for an infinity, 5 for a NaN.
 f64 CheckF64(f64 x);

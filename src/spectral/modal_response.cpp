@@ -2,7 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstring>
+#include <bit>
 #include <string>
 #include <vector>
 
@@ -167,23 +167,23 @@ void WriteAccelFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const st
     out.Close();
 }
 
-inline void StoreLittle32(unsigned char* to, std::uint32_t bits) {
-    to[0] = static_cast<unsigned char>(bits);
-    to[1] = static_cast<unsigned char>(bits >> 8);
-    to[2] = static_cast<unsigned char>(bits >> 16);
-    to[3] = static_cast<unsigned char>(bits >> 24);
+// A block of the .HS file holds, for every node and freedom, the equation
+// number and values[equation]: the layout of the shape block of the
+// frequency case. The equation numbers are the same in every block, so they
+// are put in once and each block writes only its values.
+std::vector<unsigned char> BlockWithEquations(const std::vector<i32>& eqs) {
+    std::vector<unsigned char> block(eqs.size() * 8);
+    for (std::size_t k = 0; k < eqs.size(); ++k) {
+        StoreLittle(block.data() + 8 * k, std::bit_cast<std::uint32_t>(eqs[k]));
+    }
+    return block;
 }
 
-// One block of the .HS file: for every node and freedom the equation number
-// and values[equation], the layout of the shape block of the frequency case.
 void WriteBlock(BinaryFile& file, std::vector<unsigned char>& block, const std::vector<i32>& eqs,
                 const f32* values) {
-    unsigned char* at = block.data();
+    unsigned char* at = block.data() + 4;
     for (const i32 eq : eqs) {
-        std::uint32_t bits = 0;
-        std::memcpy(&bits, &values[eq], sizeof bits);
-        StoreLittle32(at, static_cast<std::uint32_t>(eq));
-        StoreLittle32(at + 4, bits);
+        StoreLittle(at, std::bit_cast<std::uint32_t>(values[eq]));
         at += 8;
     }
     file.Write(block.data(), block.size());
@@ -213,7 +213,7 @@ void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const
     }
     file.Write(table.data(), table.size());
 
-    std::vector<unsigned char> block(eqs.size() * (kNodeBytes / 6));
+    std::vector<unsigned char> block = BlockWithEquations(eqs);
     const std::int64_t stride = std::int64_t(s.Freq.NumDof) + 1;
     for (i16 m = first; m <= last; ++m) {
         (void)s.ModalDisp(0, m);  // the mode must exist

@@ -6,6 +6,39 @@ namespace tremodal {
 
 namespace {
 
+// Gamma(m) for modes first..last, each a single rounded on every addition in
+// ascending equation order. Four modes are summed side by side: the sums
+// are independent, so their rounded additions overlap in the processor,
+// and each still sees its terms in the same order.
+void SumParticipation(RunState& s, i32 first, i32 last) {
+    constexpr i32 kSideBySide = 4;
+    const i32 dof = s.Freq.NumDof;
+    const Array1<f32>& mass = s.Freq.MassTerms;
+    const Array1<f32>& r = s.Excitation;
+    i32 m = first;
+    // A mass vector shorter than the equations fails at its end, in the
+    // plain loop below.
+    const bool whole = mass.Upper() >= dof && r.Upper() >= dof;
+    for (; whole && m + kSideBySide - 1 <= last; m += kSideBySide) {
+        const f32* phi[kSideBySide];
+        f32 sum[kSideBySide] = {};
+        for (i32 k = 0; k < kSideBySide; ++k) phi[k] = &s.Freq.ModeShape(0, m + k);
+        (void)s.Freq.ModeShape(dof, m + kSideBySide - 1);
+        for (i32 i = 1; i <= dof; ++i) {
+            const f64 mi = mass.Data()[i];
+            const f64 ri = r.Data()[i];
+            for (i32 k = 0; k < kSideBySide; ++k) sum[k] = StoreF32(mi * phi[k][i] * ri + sum[k]);
+        }
+        for (i32 k = 0; k < kSideBySide; ++k) s.Participation(m + k) = sum[k];
+    }
+    for (; m <= last; ++m) {
+        s.Participation(m) = 0;
+        for (i32 i = 1; i <= dof; ++i) {
+            s.Participation(m) = StoreF32(f64(mass(i)) * s.Freq.ModeShape(i, m) * r(i) + s.Participation(m));
+        }
+    }
+}
+
 // Participation factors of mass-normalised modes, Gamma(m) = sum M r phi,
 // whose squares are the effective masses; and the residual mass of each
 // equation, r^2 M less what the modes reach, which the missing mass method
@@ -19,12 +52,7 @@ void ComputeParticipation(RunState& s, bool countInI16) {
     const Array1<f32>& mass = s.Freq.MassTerms;
     const Array1<f32>& r = s.Excitation;
 
-    for (i32 m = 1; m <= modes; ++m) {
-        s.Participation(m) = 0;
-        for (i32 i = 1; i <= dof; ++i) {
-            s.Participation(m) = StoreF32(f64(mass(i)) * s.Freq.ModeShape(i, m) * r(i) + s.Participation(m));
-        }
-    }
+    SumParticipation(s, 1, modes);
 
     f32 residualSum = 1.0f;
     f32 effectiveSum = 0;

@@ -1,0 +1,147 @@
+#!/usr/bin/env bash
+# Times TreModal in batch on large example models and sets each run against
+# its I/O floor: the time to read the run's input files (cat > /dev/null) and
+# to write as many bytes as the run wrote (dd), measured in the same session.
+#
+#   bash scripts/benchmark.sh            the full models (about 4 GB of disk, a few minutes)
+#   bash scripts/benchmark.sh --tiny     the same models at a tiny size: a smoke test
+#   options: --runs N (5), --build DIR (build), --work DIR (a new temporary directory)
+#
+# Columns: median wall time of the runs; the floor's read and write times and
+# their sum (medians); wall / floor; peak resident memory of the runs, and
+# against the frequency case file's size; bytes read and written by a run
+# (the kernel's count of the process's read and write calls).
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+runs=5
+build="$root/build"
+work=""
+tiny=0
+while [ $# -gt 0 ]; do
+  case "$1" in
+    --tiny) tiny=1 ;;
+    --runs) runs="$2"; shift ;;
+    --build) build="$2"; shift ;;
+    --work) work="$2"; shift ;;
+    *) echo "usage: benchmark.sh [--tiny] [--runs N] [--build DIR] [--work DIR]" >&2; exit 2 ;;
+  esac
+  shift
+done
+tool="$build/make_example_model"
+program="$build/TreModal"
+for f in "$tool" "$program" /usr/bin/time; do
+  [ -x "$f" ] || { echo "benchmark.sh: $f is missing (scripts/build.sh, scripts/install-deps.sh)" >&2; exit 2; }
+done
+if [ -z "$work" ]; then
+  work=$(mktemp -d "${TMPDIR:-/tmp}/tremodal-bench-XXXXXX")
+  trap 'rm -rf "$work"' EXIT
+fi
+mkdir -p "$work"
+
+# The model sizes: storeys x columns a floor, kept modes, and the square
+# models' storeys (6 equations a floor).
+if [ "$tiny" = 1 ]; then
+  large=(--storeys 20 --nodes-per-floor 5 --modes 20)
+  many=(--storeys 30)
+  square_small=(--storeys 5 --modes 10)
+  square=(--storeys 10 --modes 10)
+else
+  large=(--storeys 5999 --nodes-per-floor 5 --modes 200)   # 30,000 nodes, 179,970 equations
+  many=(--storeys 1500)                                     # 3,000 equations, 3,000 modes
+  square_small=(--storeys 250 --modes 20)                   # 1,500 equations
+  square=(--storeys 500 --modes 20)                         # 3,000 equations
+fi
+
+median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+maximum() { printf '%s\n' "$@" | sort -g | tail -1; }
+io_counts() { awk '/^rchar:/ { r = $2 } /^wchar:/ { w = $2 } END { print r, w }' "/proc/$$/io"; }
+elapsed() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.3f", b - a }'; }
+
+# A model directory laid out as the suite's Files1, with its own settings
+# file and a casepost that ends at once.
+write_model() {
+  local dir="$1"; shift
+  rm -rf "$dir"
+  mkdir -p "$dir/bin" "$dir/config/VARNEK"
+  "$tool" "$dir" --name-file "$@" > /dev/null
+  printf '#!/bin/sh\nexit 0\n' > "$dir/bin/casepost"
+  chmod +x "$dir/bin/casepost"
+  printf '[Setup]\nFiles1=%s\nFiles2=%s\n' "$dir" "$dir/bin" > "$dir/config/VARNEK/VARNEK.conf"
+}
+
+printf '%-22s %9s %8s %8s %8s %7s %9s %8s %10s %10s\n' \
+  model "wall s" "read s" "write s" "floor s" ratio "peak MB" "RSS/.H" "MB read" "MB written"
+
+# Runs TreModal on the model in $1 $runs times and prints one row labelled $2.
+measure() {
+  local dir="$1" label="$2"
+  local inputs=() walls=() floors=() reads=() writes=() rss=() f
+  for f in "$dir"/*; do [ -f "$f" ] && inputs+=("$f"); done
+  local read_bytes=0 written_bytes=0
+  for ((i = 1; i <= runs; i++)); do
+    # Every run starts from the model alone, as a first run does.
+    for f in "$dir"/*; do
+      [ -f "$f" ] || continue
+      [[ " ${inputs[*]} " == *" $f "* ]] || rm -f "$f"
+    done
+    local before after t0 t1 t2 t3 status=0
+    read -r -a before < <(io_counts)
+    t0=$EPOCHREALTIME
+    (cd "$dir" && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME="$dir/config" \
+      /usr/bin/time -f '%M' -o "$work/rss" "$program" 1/20/) || status=$?
+    t1=$EPOCHREALTIME
+    read -r -a after < <(io_counts)
+    if [ "$status" != 0 ]; then
+      echo "benchmark.sh: TreModal failed on $label (status $status):" >&2
+      cat "$dir/SHEAR.LOG" >&2 2>/dev/null || true
+      exit 1
+    fi
+    walls+=("$(elapsed "$t0" "$t1")")
+    rss+=("$(tail -1 "$work/rss")")
+    read_bytes=$((after[0] - before[0]))
+    written_bytes=$((after[1] - before[1]))
+
+    # The floor: the inputs read once, the same bytes written once.
+    t1=$EPOCHREALTIME
+    cat "${inputs[@]}" > /dev/null
+    t2=$EPOCHREALTIME
+    dd if=/dev/zero of="$work/floor.out" bs=4M iflag=count_bytes count="$written_bytes" status=none
+    t3=$EPOCHREALTIME
+    rm -f "$work/floor.out"
+    reads+=("$(elapsed "$t1" "$t2")")
+    writes+=("$(elapsed "$t2" "$t3")")
+    floors+=("$(elapsed "$t1" "$t3")")
+  done
+  local wall floor peak case_bytes
+  wall=$(median "${walls[@]}")
+  floor=$(median "${floors[@]}")
+  peak=$(maximum "${rss[@]}")
+  case_bytes=$(stat -c %s "$dir/SHEAR.H1")
+  awk -v l="$label" -v w="$wall" -v r="$(median "${reads[@]}")" -v wr="$(median "${writes[@]}")" \
+      -v f="$floor" -v p="$peak" -v h="$case_bytes" -v rb="$read_bytes" -v wb="$written_bytes" 'BEGIN {
+    printf "%-22s %9.3f %8.3f %8.3f %8.3f %7.2f %9.1f %8.2f %10.1f %10.1f\n",
+      l, w, r, wr, f, (f > 0 ? w / f : 0), p / 1024, p * 1024 / h, rb / 1e6, wb / 1e6 }'
+  last_wall="$wall"
+}
+
+write_model "$work/large" "${large[@]}" --all-freedoms --directions 123 --comb CQC
+measure "$work/large" "large, dirs 1-3, CQC"
+rm -rf "$work/large"
+
+srss_wall=""
+for method in SRSS CQC GROUP DSM ABS; do
+  write_model "$work/many" "${many[@]}" --directions 13 --comb "$method"
+  measure "$work/many" "many modes, $method"
+  [ -n "$srss_wall" ] || srss_wall="$last_wall"
+  extra_per_direction+=("$method $(awk -v a="$last_wall" -v b="$srss_wall" 'BEGIN { printf "%.3f", (a - b) / 2 }')")
+done
+rm -rf "$work/many"
+
+write_model "$work/square" "${square_small[@]}" --all-freedoms --mass-form square --directions 13
+measure "$work/square" "square, half size"
+write_model "$work/square" "${square[@]}" --all-freedoms --mass-form square --directions 13
+measure "$work/square" "square"
+rm -rf "$work/square"
+
+echo
+echo "Many modes, time a method adds over SRSS per direction (s): ${extra_per_direction[*]}"
