@@ -13,6 +13,7 @@
 #include "platform/linux_host.h"
 #include "runcontrol/run_state.h"
 #include "runcontrol/startup.h"
+#include "view/form2_view.h"
 #include "view/screen_host.h"
 
 namespace {
@@ -30,6 +31,20 @@ std::string JoinArguments(int argc, char** argv) {
         line += argv[i];
     }
     return line;
+}
+
+// The dialog run: Form2 on the current model until it is closed. Without a
+// screen there is nobody to show it to.
+int RunDialog(tremodal::RunState& state, tremodal::LinuxHost* host) {
+    if (!dynamic_cast<tremodal::ScreenHost*>(host)) {
+        std::fprintf(stderr,
+                     "TreModal: the dialog needs a screen (DISPLAY or WAYLAND_DISPLAY) and none is "
+                     "available; a batch run such as \"TreModal 1/20/\" needs none\n");
+        return 2;
+    }
+    tremodal::Form2View form2(state);
+    form2.show();
+    return QApplication::exec();
 }
 
 }  // namespace
@@ -63,11 +78,7 @@ int main(int argc, char** argv) {
         case tremodal::StartOutcome::Ended:
             return 1;
         case tremodal::StartOutcome::Dialog:
-            // Not yet built: the dialog. Until it lands a run needs a command line.
-            std::fprintf(stderr,
-                         "TreModal: the dialog is not available yet; run a batch job such as "
-                         "\"TreModal 1/20/\"\n");
-            return 2;
+            return RunDialog(state, host.get());
         case tremodal::StartOutcome::BatchWaiting:
             break;
     }

@@ -249,5 +249,11 @@ TEST(DialogCommands, ViewerToggleEmptyCopyAndClose) {
     EXPECT_TRUE(run.screen.Ended);
 }
 
+TEST(DialogCommands, WithoutAScreenTheDialogRunSaysSoAndFails) {
+    ModelFixture model;
+    EXPECT_NE(model.RunTreModal(""), 0);
+    EXPECT_NE(model.Stderr().find("needs a screen"), std::string::npos) << model.Stderr();
+}
+
 }  // namespace
 }  // namespace tremodal
