@@ -35,8 +35,8 @@ std::string JoinArguments(int argc, char** argv) {
 
 // The dialog run: Form2 on the current model until it is closed. Without a
 // screen there is nobody to show it to.
-int RunDialog(tremodal::RunState& state, tremodal::LinuxHost* host) {
-    if (!dynamic_cast<tremodal::ScreenHost*>(host)) {
+int RunDialog(tremodal::RunState& state, bool onScreen) {
+    if (!onScreen) {
         std::fprintf(stderr,
                      "TreModal: the dialog needs a screen (DISPLAY or WAYLAND_DISPLAY) and none is "
                      "available; a batch run such as \"TreModal 1/20/\" needs none\n");
@@ -57,14 +57,17 @@ int main(int argc, char** argv) {
     // one falls back to the offscreen platform, which counts as none.
     std::unique_ptr<QCoreApplication> app;
     std::unique_ptr<tremodal::LinuxHost> host;
+    bool onScreen = false;
     if (HasScreen()) {
-        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb;wayland;offscreen");
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "xcb;wayland;offscreen");
         app = std::make_unique<QApplication>(argc, argv);
         const QString platform = QGuiApplication::platformName();
         if (platform == "offscreen" || platform == "minimal") {
             host = std::make_unique<tremodal::LinuxHost>();
         } else {
             host = std::make_unique<tremodal::ScreenHost>();
+            onScreen = true;
         }
     } else {
         app = std::make_unique<QCoreApplication>(argc, argv);
@@ -78,7 +81,7 @@ int main(int argc, char** argv) {
         case tremodal::StartOutcome::Ended:
             return 1;
         case tremodal::StartOutcome::Dialog:
-            return RunDialog(state, host.get());
+            return RunDialog(state, onScreen);
         case tremodal::StartOutcome::BatchWaiting:
             break;
     }

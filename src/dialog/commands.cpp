@@ -130,8 +130,8 @@ void RunCommand1(RunState& state, Form2& form, int Index) {
 
 void OpenOptions(RunState& state, Form2& form) {
     ResponseOptions& o = state.Options;
-    const std::string answer =
-        state.Ui->Prompt("Load Response Spectrum Options", "Enter Spectral Response Options Number", o.OptionsNumber);
+    const std::string answer = state.Ui->Prompt("Load Response Spectrum Options",
+                                                "Enter Spectral Response Options Number", o.OptionsNumber);
     if (answer.empty()) return;
     const std::string number = Trim(answer);
     const std::string file = state.Model.ModelPath + ".USM" + number;
@@ -166,8 +166,8 @@ void SaveDef(RunState& state, const Form2& form, i16& Act) {
     ResponseOptions& o = state.Options;
     SetDef(state, form);
     if (o.OptionsNumber.empty()) o.OptionsNumber = "1";
-    const std::string answer =
-        state.Ui->Prompt("Save Response Spectrum Options", "Enter Spectral Response Options Number ", o.OptionsNumber);
+    const std::string answer = state.Ui->Prompt("Save Response Spectrum Options",
+                                                "Enter Spectral Response Options Number ", o.OptionsNumber);
     if (answer.empty()) {
         Act = 1;
         return;

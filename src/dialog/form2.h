@@ -22,14 +22,15 @@ inline constexpr const char* kOptCombCaptions[5] = {"SRSS", "CQC", "10% Group", 
                                                     "ABS Sum"};
 
 struct Form2 {
-    std::string Caption;              // the dialog's title
-    std::string Label1 = "Label1";    // the model
-    std::string Label5;               // the spectrum file
+    std::string Caption;            // the dialog's title
+    std::string Label1 = "Label1";  // the model
+    std::string Label5;             // the spectrum file
 
     // The fields, with the text of a fresh dialog.
-    std::array<std::string, 5> txtCase{"", "", "0", "0", "0"};  // freq case, results case, start case, mode, sign mode
+    std::array<std::string, 5> txtCase{"", "", "0", "0",
+                                       "0"};  // freq case, results case, start case, mode, sign mode
     std::string txtDir = "0";
-    std::array<std::string, 3> txtFact{"0.7", "0.5", "400"};    // lateral, vertical, shear wave velocity
+    std::array<std::string, 3> txtFact{"0.7", "0.5", "400"};  // lateral, vertical, shear wave velocity
     std::array<std::string, 3> txtGround{"0", "0", "0"};
     std::string txtCurve = "9.81";
     std::string txtTDur = "10";

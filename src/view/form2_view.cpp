@@ -1,7 +1,6 @@
 #include "view/form2_view.h"
 
 #include <QApplication>
-#include <algorithm>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QFontDatabase>
@@ -18,6 +17,7 @@
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "dialog/commands.h"
 #include "runcontrol/startup.h"
@@ -53,8 +53,9 @@ void Select(const std::array<QRadioButton*, N>& group, int index) {
 // The reports are built in columns: Courier New where it is installed,
 // otherwise the system's fixed-pitch font, at 8.25 point.
 QFont ReportFont() {
-    QFont font = QFontDatabase::families().contains("Courier New") ? QFont("Courier New")
-                                                                   : QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    QFont font = QFontDatabase::families().contains("Courier New")
+                     ? QFont("Courier New")
+                     : QFontDatabase::systemFont(QFontDatabase::FixedFont);
     font.setStyleHint(QFont::TypeWriter);
     font.setFixedPitch(true);
     font.setPointSizeF(8.25);
@@ -100,7 +101,9 @@ QPushButton* Form2View::Button(const char* name, const char* caption, std::funct
 QCheckBox* Form2View::Box(const char* name, const char* caption, void (*click)(RunState&, const Form2&)) {
     auto* box = new QCheckBox(caption);
     box->setObjectName(name);
-    if (click) connect(box, &QCheckBox::clicked, this, [this, click] { Handle([this, click] { click(state_, form_); }); });
+    if (click)
+        connect(box, &QCheckBox::clicked, this,
+                [this, click] { Handle([this, click] { click(state_, form_); }); });
     return box;
 }
 
@@ -115,9 +118,10 @@ void Form2View::BuildControls() {
     auto* files = new QHBoxLayout;
     files->addWidget(Button("Command5_0", "Open Options", [this] { Command5_Click(state_, form_, 0); }));
     files->addWidget(Button("Command5_1", "Save Options", [this] { Command5_Click(state_, form_, 1); }));
-    files->addWidget(Button("Command3_1", "Get Response Spectrum Curve", [this] { Command3_Click(state_, form_, 1); }));
     files->addWidget(
-        Button("Command3_0", "Create/Edit Resp Spectrum Curve", [this] { Command3_Click(state_, form_, 0); }));
+        Button("Command3_1", "Get Response Spectrum Curve", [this] { Command3_Click(state_, form_, 1); }));
+    files->addWidget(Button("Command3_0", "Create/Edit Resp Spectrum Curve",
+                            [this] { Command3_Click(state_, form_, 0); }));
     page->addLayout(files, 2, 0, 1, 2);
     auto* head = new QHBoxLayout;
     head->addWidget(NamedLabel("Label2", "Frequency Case Number"));
@@ -132,19 +136,26 @@ void Form2View::BuildControls() {
     auto* frame1 = new QGroupBox("Spectum Direction Definition");
     frame1->setObjectName("Frame1");
     auto* directions = new QGridLayout(frame1);
-    const int rowOfDir[6] = {0, 2, 1, 4, 5, 3};  // the rows the boxes stand in, by index
-    const char* dirCaptions[6] = {"Principal (Major wave)", "Vertical", "Lateral (Minor wave)",
-                                  "Rotation (Minor wave)", "Rotation (Vertical)", "Rotation (Major wave)"};
+    const int shownOrder[6] = {0, 2, 1, 5, 3, 4};  // the boxes from top to bottom, by index
+    const char* dirCaptions[6] = {"Principal (Major wave)", "Vertical",
+                                  "Lateral (Minor wave)",   "Rotation (Minor wave)",
+                                  "Rotation (Vertical)",    "Rotation (Major wave)"};
     for (int row = 0; row < 6; ++row) {
-        const int k = int(std::find(rowOfDir, rowOfDir + 6, row) - rowOfDir);
+        const int k = shownOrder[row];
         const std::string name = "chkDir_" + std::to_string(k);
         chkDir_[k] = Box(name.c_str(), dirCaptions[k]);
         directions->addWidget(chkDir_[k], row, 0);
         if (row == 0) directions->addWidget(NamedLabel("Label4", "Direction Factor"), 0, 1);
-        if (row == 1) directions->addWidget(txtFact_[0] = Field("txtFact_0", [](i16& k) { txtFact_KeyPress(0, k); }), 1, 1);
-        if (row == 2) directions->addWidget(txtFact_[1] = Field("txtFact_1", [](i16& k) { txtFact_KeyPress(1, k); }), 2, 1);
+        if (row == 1)
+            directions->addWidget(txtFact_[0] = Field("txtFact_0", [](i16& k) { txtFact_KeyPress(0, k); }), 1,
+                                  1);
+        if (row == 2)
+            directions->addWidget(txtFact_[1] = Field("txtFact_1", [](i16& k) { txtFact_KeyPress(1, k); }), 2,
+                                  1);
         if (row == 3) directions->addWidget(NamedLabel("Label7", "Shear Wave Velocity (m/s)"), 3, 1);
-        if (row == 4) directions->addWidget(txtFact_[2] = Field("txtFact_2", [](i16& k) { txtFact_KeyPress(2, k); }), 4, 1);
+        if (row == 4)
+            directions->addWidget(txtFact_[2] = Field("txtFact_2", [](i16& k) { txtFact_KeyPress(2, k); }), 4,
+                                  1);
     }
     directions->addWidget(NamedLabel("Label9", "Rotation Datum (Ground)"), 6, 0, 1, 2);
     directions->addWidget(NamedLabel("Label8", "X                     Y               Z"), 7, 0, 1, 2);
@@ -216,22 +227,25 @@ void Form2View::BuildControls() {
     auto* frame5 = new QGroupBox("Missing Mass");
     frame5->setObjectName("Frame5");
     auto* missMass = new QGridLayout(frame5);
-    missMass->addWidget(chkMissMass_ = Box("chkMissMass", "Create/Read Missing Mass     Start Case", chkMissMass_Click),
-                        0, 0);
+    missMass->addWidget(
+        chkMissMass_ = Box("chkMissMass", "Create/Read Missing Mass     Start Case", chkMissMass_Click), 0,
+        0);
     missMass->addWidget(txtCase_[2] = Field("txtCase_2", [](i16& k) { txtCase_KeyPress(2, k); }), 0, 1);
     missMass->addWidget(chkZPA_ = Box("chkZPA", "ZPA Use Higest Mode", chkZPA_Click), 1, 0, 1, 2);
     page->addWidget(frame5, 6, 1, Qt::AlignTop);
 
     // Bottom: the run buttons, Close, and the viewer's own row.
     auto* runs = new QHBoxLayout;
-    runs->addWidget(Command1_0_ = Button("Command1_0", "Execute", [this] { Command1_Click(state_, form_, 0); }));
+    runs->addWidget(Command1_0_ =
+                        Button("Command1_0", "Execute", [this] { Command1_Click(state_, form_, 0); }));
     runs->addWidget(Button("Command1_2", "Execute(Partial)", [this] { Command1_Click(state_, form_, 2); }));
     runs->addWidget(Button("Command1_1", "Batch", [this] { Command1_Click(state_, form_, 1); }));
     runs->addWidget(Button("Command1_3", "Batch (Partial)", [this] { Command1_Click(state_, form_, 3); }));
     runs->addWidget(Button("Command2", "Close", [this] { Command2_Click(state_, form_); }));
     page->addLayout(runs, 7, 0, 1, 2);
     auto* viewer = new QHBoxLayout;
-    viewer->addWidget(Command4_ = Button("Command4", "Close/Open Output  Viewer", [this] { Command4_Click(state_, form_); }));
+    viewer->addWidget(Command4_ = Button("Command4", "Close/Open Output  Viewer",
+                                         [this] { Command4_Click(state_, form_); }));
     viewer->addWidget(Copy_ = Button("Copy", "Copy", [this] { Copy_Click(state_, form_); }));
     viewer->addStretch();
     page->addLayout(viewer, 8, 0, 1, 2);
@@ -307,9 +321,8 @@ void Form2View::PushControls() {
     // The report is rebuilt only when the run has changed it.
     const std::vector<std::string>& lines = state_.List1;
     const int count = int(lines.size());
-    if (List1_->count() != count ||
-        (count > 0 && (List1_->item(0)->text() != Text(lines.front()) ||
-                       List1_->item(count - 1)->text() != Text(lines.back())))) {
+    if (List1_->count() != count || (count > 0 && (List1_->item(0)->text() != Text(lines.front()) ||
+                                                   List1_->item(count - 1)->text() != Text(lines.back())))) {
         List1_->clear();
         for (const std::string& line : lines) List1_->addItem(Text(line));
     }
@@ -368,7 +381,9 @@ void Form2View::showEvent(QShowEvent* event) {
     txtCase_[0]->setFocus();
 }
 
-void Form2View::SetClipboardText(const std::string& text) { QGuiApplication::clipboard()->setText(Text(text)); }
+void Form2View::SetClipboardText(const std::string& text) {
+    QGuiApplication::clipboard()->setText(Text(text));
+}
 
 void Form2View::SetWaitCursor(bool waiting) {
     if (waiting) {

@@ -63,13 +63,13 @@ public:
     void StartChild(const std::string& program) override;
     ChildState PollChild() override;
 
-    std::string Files1, Files2;                // the settings
-    std::vector<std::string> Messages;         // texts shown, in order
+    std::string Files1, Files2;         // the settings
+    std::vector<std::string> Messages;  // texts shown, in order
     std::vector<std::string> MessageTitles;
     std::vector<std::string> PromptAnswers;    // answers given in turn
     std::vector<std::string> PromptQuestions;  // "title|question|proposed"
     std::vector<std::string> ChildrenStarted;
-    int PollsUntilEnded = 0;                   // polls that report Running
+    int PollsUntilEnded = 0;  // polls that report Running
     bool ChildStarted = false;
 };
 
@@ -86,8 +86,8 @@ public:
     }
     void EndProgram() override { Ended = true; }
 
-    std::vector<std::string> Clipboard;       // texts put on it, in order
-    std::vector<bool> Cursor;                 // true for the wait cursor
+    std::vector<std::string> Clipboard;  // texts put on it, in order
+    std::vector<bool> Cursor;            // true for the wait cursor
     int Refreshes = 0;
     std::vector<std::string> EditorsStarted;  // "program file"
     bool EditorStarts = true;
