@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -15,6 +16,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -27,6 +29,12 @@ namespace tremodal {
 namespace {
 
 QString Text(const std::string& text) { return QString::fromStdString(text); }
+
+// A field keeps its cursor and undo history unless the command changed it.
+void SetFieldText(QLineEdit* field, const std::string& text) {
+    const QString value = Text(text);
+    if (field->text() != value) field->setText(value);
+}
 
 template <std::size_t N>
 int SelectedIndex(const std::array<QRadioButton*, N>& group) {
@@ -257,6 +265,12 @@ void Form2View::BuildControls() {
     List1_->setSelectionMode(QAbstractItemView::SingleSelection);
     List1_->hide();
 
+    // F1 opens the suite's help file, where it is installed.
+    connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this, [this] {
+        const QString help = Text(state_.Model.HelpFile);
+        if (QFileInfo(help).isFile()) QProcess::startDetached("xdg-open", {help});
+    });
+
     Timer1_ = new QTimer(this);
     Timer1_->setObjectName("Timer1");
     Timer1_->setInterval(100);
@@ -302,13 +316,13 @@ void Form2View::PushControls() {
     setWindowTitle(Text(form_.Caption));
     Label1_->setText(Text(form_.Label1));
     Label5_->setText(Text(form_.Label5));
-    for (int i = 0; i < 5; ++i) txtCase_[i]->setText(Text(form_.txtCase[i]));
-    txtDir_->setText(Text(form_.txtDir));
-    for (int i = 0; i < 3; ++i) txtFact_[i]->setText(Text(form_.txtFact[i]));
-    for (int i = 0; i < 3; ++i) txtGround_[i]->setText(Text(form_.txtGround[i]));
-    txtCurve_->setText(Text(form_.txtCurve));
-    txtTDur_->setText(Text(form_.txtTDur));
-    txtDampR_->setText(Text(form_.txtDampR));
+    for (int i = 0; i < 5; ++i) SetFieldText(txtCase_[i], form_.txtCase[i]);
+    SetFieldText(txtDir_, form_.txtDir);
+    for (int i = 0; i < 3; ++i) SetFieldText(txtFact_[i], form_.txtFact[i]);
+    for (int i = 0; i < 3; ++i) SetFieldText(txtGround_[i], form_.txtGround[i]);
+    SetFieldText(txtCurve_, form_.txtCurve);
+    SetFieldText(txtTDur_, form_.txtTDur);
+    SetFieldText(txtDampR_, form_.txtDampR);
     for (int k = 0; k < 6; ++k) chkDir_[k]->setChecked(form_.chkDir[k] != 0);
     chkAccel_->setChecked(form_.chkAccel != 0);
     chkShear_->setChecked(form_.chkShear != 0);
