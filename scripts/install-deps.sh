@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what TreModal needs to build and test, from Debian's packages.
 set -euo pipefail
-packages=(cmake g++ ninja-build qt6-base-dev libgtest-dev libgmock-dev time)
+packages=(cmake g++ ninja-build qt6-base-dev libgtest-dev libgmock-dev time fonts-dejavu-core)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -13,6 +13,7 @@
 #include "platform/linux_host.h"
 #include "runcontrol/run_state.h"
 #include "runcontrol/startup.h"
+#include "view/form2_view.h"
 #include "view/screen_host.h"
 
 namespace {
@@ -32,6 +33,20 @@ std::string JoinArguments(int argc, char** argv) {
     return line;
 }
 
+// The dialog run: Form2 on the current model until it is closed. Without a
+// screen there is nobody to show it to.
+int RunDialog(tremodal::RunState& state, bool onScreen) {
+    if (!onScreen) {
+        std::fprintf(stderr,
+                     "TreModal: the dialog needs a screen (DISPLAY or WAYLAND_DISPLAY) and none is "
+                     "available; a batch run such as \"TreModal 1/20/\" needs none\n");
+        return 2;
+    }
+    tremodal::Form2View form2(state);
+    form2.show();
+    return QApplication::exec();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -42,14 +57,17 @@ int main(int argc, char** argv) {
     // one falls back to the offscreen platform, which counts as none.
     std::unique_ptr<QCoreApplication> app;
     std::unique_ptr<tremodal::LinuxHost> host;
+    bool onScreen = false;
     if (HasScreen()) {
-        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb;wayland;offscreen");
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "xcb;wayland;offscreen");
         app = std::make_unique<QApplication>(argc, argv);
         const QString platform = QGuiApplication::platformName();
         if (platform == "offscreen" || platform == "minimal") {
             host = std::make_unique<tremodal::LinuxHost>();
         } else {
             host = std::make_unique<tremodal::ScreenHost>();
+            onScreen = true;
         }
     } else {
         app = std::make_unique<QCoreApplication>(argc, argv);
@@ -63,11 +81,7 @@ int main(int argc, char** argv) {
         case tremodal::StartOutcome::Ended:
             return 1;
         case tremodal::StartOutcome::Dialog:
-            // Not yet built: the dialog. Until it lands a run needs a command line.
-            std::fprintf(stderr,
-                         "TreModal: the dialog is not available yet; run a batch job such as "
-                         "\"TreModal 1/20/\"\n");
-            return 2;
+            return RunDialog(state, onScreen);
         case tremodal::StartOutcome::BatchWaiting:
             break;
     }

@@ -158,6 +158,21 @@ void WriteOptionsFile(RunState& state) {
     out.Close();
 }
 
+void SetRotationFactors(ResponseOptions& o) {
+    // The rotations follow from the shear wave velocity of the subsoil: the
+    // rotation about the major wave axis goes with the minor wave and its
+    // factor, the one about the minor wave axis with the major wave. A
+    // velocity of 0 switches the ground rotation off instead of dividing by it.
+    const f64 vs = o.ShearWaveVelocity;
+    if (vs == 0) {
+        o.DirFactor(4) = o.DirFactor(5) = o.DirFactor(6) = 0;
+        return;
+    }
+    o.DirFactor(4) = StoreF32(Div(Div(f64(o.DirFactor(3)) * 1.7, 2), vs));
+    o.DirFactor(5) = StoreF32(Div(Div(2.0, 2.0), vs));
+    o.DirFactor(6) = StoreF32(Div(Div(1.7, 2.0), vs));
+}
+
 void SetFreshOptions(ResponseOptions& o) {
     o.FreqCase.clear();
     o.ResultsCase.clear();
@@ -171,13 +186,7 @@ void SetFreshOptions(ResponseOptions& o) {
     o.DirFactor(1) = 1;
     o.DirFactor(2) = 0.5f;
     o.DirFactor(3) = 0.7f;
-    // The rotations follow from the shear wave velocity of the subsoil: the
-    // rotation about the major wave axis goes with the minor wave and its
-    // factor, the one about the minor wave axis with the major wave.
-    const f64 vs = o.ShearWaveVelocity;
-    o.DirFactor(4) = StoreF32(Div(Div(f64(o.DirFactor(3)) * 1.7, 2), vs));
-    o.DirFactor(5) = StoreF32(Div(Div(2.0, 2.0), vs));
-    o.DirFactor(6) = StoreF32(Div(Div(1.7, 2.0), vs));
+    SetRotationFactors(o);
     for (int d = 1; d <= 6; ++d) o.DirOn(d) = d == 1 ? 1 : 0;
     o.GroundX = o.GroundY = o.GroundZ = 0;
     o.CombMethod = 1;

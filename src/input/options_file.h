@@ -28,6 +28,10 @@ std::string FoldSpectrumFileName(const RunState& state);
 // 0 to 4 leave it as it was.
 void SetCombNameFromMethod(ResponseOptions& options);
 
+// DirFactor(4..6), the ground rotations, from DirFactor(3) and
+// ShearWaveVelocity; all three 0 when the velocity is 0.
+void SetRotationFactors(ResponseOptions& options);
+
 // The options a fresh dialog shows: spectrum type 2, curve factor 9.81,
 // factors 1, 0.5, 0.7 and the rotation factors derived from a shear wave
 // velocity of 400, only the principal direction on, CQC, 10 s, 5 % damping,

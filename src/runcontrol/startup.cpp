@@ -92,13 +92,17 @@ StartOutcome Main(RunState& state, const std::string& commandLine) {
         // casepost runs after every batch run that gets this far, also after a
         // first missing mass pass and after the single-mode guard stopped the
         // analysis; whether it starts is only seen by the child wait.
-        state.Ui->StartChild(m.ProgramDir + "/casepost");
-        state.Timer1Enabled = true;
+        LaunchCasepost(state);
         return StartOutcome::BatchWaiting;
     } catch (const Failure& failure) {
         HandleStartFailure(state, failure, stage);
         return StartOutcome::Ended;
     }
+}
+
+void LaunchCasepost(RunState& state) {
+    state.Ui->StartChild(state.Model.ProgramDir + "/casepost");
+    state.Timer1Enabled = true;
 }
 
 bool Timer1_Timer(RunState& state) {

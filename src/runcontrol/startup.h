@@ -36,6 +36,10 @@ void SplitCommandLine(RunState& state, const std::string& commandLine);
 void ReadModelName(RunState& state);
 void ReadModelSize(RunState& state);
 
+// Starts the suite's casepost from ProgramDir and enables Timer1, which
+// follows the new child only. The same for a batch run and the dialog.
+void LaunchCasepost(RunState& state);
+
 // One tick of Timer1: polls the child without waiting. Returns true when the
 // program is to end (the child has ended in a batch run).
 bool Timer1_Timer(RunState& state);

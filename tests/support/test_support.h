@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "dialog/dialog_host.h"
 #include "runcontrol/host.h"
 
 namespace tremodal::testing {
@@ -62,14 +63,35 @@ public:
     void StartChild(const std::string& program) override;
     ChildState PollChild() override;
 
-    std::string Files1, Files2;                // the settings
-    std::vector<std::string> Messages;         // texts shown, in order
+    std::string Files1, Files2;         // the settings
+    std::vector<std::string> Messages;  // texts shown, in order
     std::vector<std::string> MessageTitles;
     std::vector<std::string> PromptAnswers;    // answers given in turn
     std::vector<std::string> PromptQuestions;  // "title|question|proposed"
     std::vector<std::string> ChildrenStarted;
-    int PollsUntilEnded = 0;                   // polls that report Running
+    int PollsUntilEnded = 0;  // polls that report Running
     bool ChildStarted = false;
+};
+
+// The dialog's screen: records the clipboard, the cursor, redraws, editors
+// started and the end of the program.
+class FakeDialogHost : public DialogHost {
+public:
+    void SetClipboardText(const std::string& text) override { Clipboard.push_back(text); }
+    void SetWaitCursor(bool waiting) override { Cursor.push_back(waiting); }
+    void Refresh() override { ++Refreshes; }
+    bool StartEditor(const std::string& program, const std::string& file) override {
+        EditorsStarted.push_back(program + " " + file);
+        return EditorStarts;
+    }
+    void EndProgram() override { Ended = true; }
+
+    std::vector<std::string> Clipboard;  // texts put on it, in order
+    std::vector<bool> Cursor;            // true for the wait cursor
+    int Refreshes = 0;
+    std::vector<std::string> EditorsStarted;  // "program file"
+    bool EditorStarts = true;
+    bool Ended = false;
 };
 
 }  // namespace tremodal::testing
