@@ -70,7 +70,7 @@ write_model() {
 }
 
 printf '%-22s %9s %8s %8s %8s %7s %9s %8s %10s %10s\n' \
-  model "wall s" "read s" "write s" "floor s" ratio "peak MB" "RSS/.H" "MB read" "MB written"
+  model "wall s" "read s" "write s" "floor s" ratio "peak MiB" "RSS/.H" "MB read" "MB written"
 
 # Runs TreModal on the model in $1 $runs times and prints one row labelled $2.
 measure() {
