@@ -182,14 +182,5 @@ TEST(NumberText, StrictNumberRejectsTextThatIsNotANumberInFull) {
     EXPECT_EQ(MessageOf([] { StrictNumber("12x"); }), "type mismatch: \"12x\" is not a number");
 }
 
-TEST(NumberText, TrimRemovesBlanksOnly) {
-    EXPECT_EQ(Trim("  a b  "), "a b");
-    EXPECT_EQ(LTrim("  a b  "), "a b  ");
-    EXPECT_EQ(RTrim("  a b  "), "  a b");
-    EXPECT_EQ(Trim("\ta\t"), "\ta\t");
-    EXPECT_EQ(Trim("   "), "");
-    EXPECT_EQ(RTrim(" "), "");
-}
-
 }  // namespace
 }  // namespace tremodal
