@@ -11,6 +11,8 @@
 # their sum (medians); wall / floor; peak resident memory of the runs, and
 # against the frequency case file's size; bytes read and written by a run
 # (the kernel's count of the process's read and write calls).
+# Every timed step starts after a sync, with no earlier writes still going
+# out to the disk.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 runs=5
@@ -85,6 +87,9 @@ measure() {
       [[ " ${inputs[*]} " == *" $f "* ]] || rm -f "$f"
     done
     local before after t0 t1 t2 t3 status=0
+    # Each timed step starts with no writes of an earlier step still going
+    # out to the disk.
+    sync
     read -r -a before < <(io_counts)
     t0=$EPOCHREALTIME
     (cd "$dir" && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME="$dir/config" \
@@ -102,6 +107,7 @@ measure() {
     written_bytes=$((after[1] - before[1]))
 
     # The floor: the inputs read once, the same bytes written once.
+    sync
     t1=$EPOCHREALTIME
     cat "${inputs[@]}" > /dev/null
     t2=$EPOCHREALTIME
