@@ -118,8 +118,10 @@ void ReadShapeBlock(RunState& state, BinaryFile& file, std::int64_t caseNodes) {
     const std::int64_t pairsPerMode = caseNodes * 6;
     const std::int64_t totalPairs = f.NumModes * pairsPerMode;
     std::vector<unsigned char> buffer;
-    // Mode m, node n, freedom d of the next pair.
+    // Mode m, node n, freedom d of the next pair, and mode m's shape column.
     std::int64_t m = 1, n = 1, d = 1;
+    f32* column = totalPairs > 0 ? &f.ModeShape(0, m) : nullptr;
+    const std::int64_t lastEquation = f.ModeShape.Upper1();
     std::int64_t done = 0;
     while (done < totalPairs) {
         const std::int64_t take = std::min(totalPairs - done, kBlockBuffer / kPairLength);
@@ -131,12 +133,13 @@ void ReadShapeBlock(RunState& state, BinaryFile& file, std::int64_t caseNodes) {
             // have none, and no sum reads it.
             const i32 equation = GetI32(at);
             f.NodeDof(n, d) = equation;
-            f.ModeShape(equation, m) = StoreF32(GetF32(at + 4));
+            if (equation < 0 || equation > lastEquation) detail::FailSubscript(equation, lastEquation);
+            column[equation] = StoreF32(GetF32(at + 4));
             if (++d > 6) {
                 d = 1;
                 if (++n > caseNodes) {
                     n = 1;
-                    ++m;
+                    if (++m <= f.NumModes) column = &f.ModeShape(0, m);
                 }
             }
         }

@@ -36,8 +36,9 @@ void RunDirection(RunState& s, i16 d) {
 
     // The loop over modes counts in 16 bits in every file of the suite.
     const i16 modes = NarrowI16(s.Freq.NumModes);
-    for (i32 e = 1; e <= s.Freq.NumDof; ++e) {
-        for (i32 m = 1; m <= modes; ++m) s.ModalDisp(e, m) = 0;
+    // Cleared mode by mode, down each contiguous column.
+    for (i32 m = 1; m <= modes; ++m) {
+        for (i32 e = 1; e <= s.Freq.NumDof; ++e) s.ModalDisp(e, m) = 0;
     }
 
     s.MissMassCase = GeneralText(Val(o.MissMassStartCase) + d - 1);
