@@ -2,7 +2,7 @@
 
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
-#include "spectral/spectrum_curve.h"
+#include "modal/response_curve.h"
 
 namespace tremodal {
 

@@ -6,16 +6,16 @@
 #include "results/case_list.h"
 #include "results/participation_report.h"
 #include "results/result_case_files.h"
-#include "results/spectrum_report.h"
+#include "results/curve_report.h"
 #include "runcontrol/checked_math.h"
 #include "runcontrol/host.h"
 #include "runcontrol/number_text.h"
 #include "runcontrol/text_files.h"
-#include "spectral/base_shear.h"
-#include "spectral/excitation.h"
-#include "spectral/modal_response.h"
-#include "spectral/participation.h"
-#include "spectral/spectrum_curve.h"
+#include "modal/base_shear.h"
+#include "modal/excitation.h"
+#include "modal/modal_response.h"
+#include "modal/participation.h"
+#include "modal/response_curve.h"
 
 namespace tremodal {
 

@@ -1,8 +1,8 @@
-#include "results/spectrum_report.h"
+#include "results/curve_report.h"
 
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
-#include "spectral/spectrum_curve.h"
+#include "modal/response_curve.h"
 
 namespace tremodal {
 

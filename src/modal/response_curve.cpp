@@ -1,4 +1,4 @@
-#include "spectral/spectrum_curve.h"
+#include "modal/response_curve.h"
 
 #include "runcontrol/checked_math.h"
 #include "runcontrol/host.h"

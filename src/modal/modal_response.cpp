@@ -1,4 +1,4 @@
-#include "spectral/modal_response.h"
+#include "modal/modal_response.h"
 
 #include <cmath>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
 #include "runcontrol/text_files.h"
-#include "spectral/spectrum_curve.h"
+#include "modal/response_curve.h"
 
 namespace tremodal {
 

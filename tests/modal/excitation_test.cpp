@@ -1,4 +1,4 @@
-#include "spectral/excitation.h"
+#include "modal/excitation.h"
 
 #include <gtest/gtest.h>
 

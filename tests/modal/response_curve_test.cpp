@@ -1,4 +1,4 @@
-#include "spectral/spectrum_curve.h"
+#include "modal/response_curve.h"
 
 #include <gtest/gtest.h>
 

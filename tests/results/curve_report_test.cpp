@@ -1,4 +1,4 @@
-#include "results/spectrum_report.h"
+#include "results/curve_report.h"
 
 #include <gtest/gtest.h>
 

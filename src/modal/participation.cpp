@@ -1,4 +1,4 @@
-#include "spectral/participation.h"
+#include "modal/participation.h"
 
 #include "runcontrol/checked_math.h"
 

@@ -1,4 +1,4 @@
-#include "spectral/modal_response.h"
+#include "modal/modal_response.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "spectral/base_shear.h"
+#include "modal/base_shear.h"
 
 #include <cmath>
 #include <vector>
