@@ -23,21 +23,6 @@ struct FreshForm {
     }
 };
 
-TEST(Form2, LoadShowsModelAndReleaseAndFreshSetDefGivesTheDefaultOptions) {
-    FreshForm f;
-    EXPECT_EQ(f.form.Caption, "Seismic Analysis - Modal Response Spectrum Analysis     Rel 3-2-7");
-    EXPECT_EQ(f.form.Label1, "Model :/jobs/FRAME");
-
-    SetDef(f.state, f.form);
-    ResponseOptions fresh;
-    SetFreshOptions(fresh);
-    for (int d = 1; d <= 6; ++d) {
-        EXPECT_EQ(f.state.Options.DirFactor(d), fresh.DirFactor(d)) << "direction " << d;
-        EXPECT_EQ(f.state.Options.DirOn(d), fresh.DirOn(d)) << "direction " << d;
-    }
-    EXPECT_EQ(f.state.Options.DampingRatio, 0.05f);
-}
-
 TEST(Form2, SetDefRoundsModesDownTrimsCasesAndSurvivesAZeroVelocity) {
     FreshForm f;
     f.form.txtCase = {"  2", " 20 ", " 7", "2.7", "-2.5"};

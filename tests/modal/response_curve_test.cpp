@@ -68,88 +68,6 @@ TEST_F(SpectrumCurveRead, LogLogInterpolationKeepsTheCurveInItsOwnUnits) {
     EXPECT_NEAR(s.Curve.ZpaPeriod, 0.5f, 1e-7);
 }
 
-TEST_F(SpectrumCurveRead, ConversionToDisplacementAndTheZeroPeriodAcceleration) {
-    // Acceleration curve: factor over omega squared; the ZPA is the bare
-    // first value.
-    Build({6.284f}, kTwoPoints);
-    s.Options.SpectrumType = 2;
-    s.Options.CurveFactor = 9.81f;
-    ReadSpectrumCurve(s);
-    EXPECT_EQ(Bits(Spectrum(1)), 0x3f3eca80u);  // 0.74527740
-    EXPECT_EQ(s.Curve.ZpaValue, 2.0f);
-    EXPECT_EQ(s.Curve.ZpaPeriod, 0.5f);
-
-    // From the highest mode the ZPA carries the factor, and its period uses
-    // 2 pi rather than the lookup's 6.284.
-    s.Options.ZpaHighestMode = 1;
-    s.Curve.ModalSpectrum.Clear();
-    ReadSpectrumCurve(s);
-    EXPECT_EQ(Bits(s.Curve.ZpaValue), 0x41eb70a5u);  // 29.430002
-    EXPECT_EQ(s.Curve.ZpaPeriod, f32(6.28318530717958 / f64(6.284f)));
-
-    // Displacement and velocity: omega(1) stands in for point 1's frequency.
-    Build({6.284f, 2.0f}, kTwoPoints);
-    s.Options.SpectrumType = 0;
-    s.Options.CurveFactor = 0.5f;
-    s.Curve.ZpaValue = 7;
-    ReadSpectrumCurve(s);
-    EXPECT_EQ(Spectrum(1), 1.5f);
-    EXPECT_EQ(Spectrum(2), 2.0f);
-    EXPECT_EQ(s.Curve.ZpaValue, f32(f64(6.284f) * 2.0 * f64(6.284f)));
-
-    Build({6.284f, 2.0f}, kTwoPoints);
-    s.Options.SpectrumType = 1;
-    s.Options.CurveFactor = 0.5f;
-    ReadSpectrumCurve(s);
-    EXPECT_EQ(Spectrum(1), f32(1.5 / f64(6.284f)));
-    EXPECT_EQ(Spectrum(2), 1.0f);
-    EXPECT_EQ(s.Curve.ZpaValue, f32(f64(6.284f) * 2.0));
-
-    // An unknown kind leaves the spectrum unscaled and the ZPA as it was.
-    Build({6.284f}, kTwoPoints);
-    s.Options.CurveFactor = 0.5f;
-    s.Curve.ZpaValue = 7;
-    ReadSpectrumCurve(s);
-    EXPECT_EQ(Spectrum(1), 3.0f);
-    EXPECT_EQ(s.Curve.ZpaValue, 7.0f);
-}
-
-TEST_F(SpectrumCurveRead, PointLimitAndEndMarker) {
-    std::string hundred;
-    for (int i = 1; i <= 100; ++i) hundred += "0." + std::to_string(i) + " " + std::to_string(i) + "\n";
-    Build({6.284f}, hundred + "-1\n");
-    ReadSpectrumCurve(s);
-    EXPECT_TRUE(host.Messages.empty());
-    EXPECT_EQ(s.Curve.CurvePoints, 100);
-
-    // A 101st period is an error; the hundred points read stay.
-    Build({6.284f}, hundred + "5,5\n-1\n");
-    s.Curve.CurvePoints = 3;
-    ReadSpectrumCurve(s);
-    ASSERT_EQ(host.Messages.size(), 1u);
-    EXPECT_EQ(host.Messages[0], "Error in Spectrum Data");
-    EXPECT_EQ(host.MessageTitles[0], "TREMODAL");
-    EXPECT_EQ(s.Curve.CurvePoints, 3);
-    EXPECT_EQ(s.Curve.CurvePeriod(100), f32(0.100));
-    EXPECT_EQ(s.Curve.CurveValue(100), 100.0f);
-    EXPECT_EQ(Spectrum(1), 0.0f);
-
-    // -1 as a value is data; only a period of -1 ends the table.
-    host.Messages.clear();
-    Build({6.284f}, "0.5,-1\n1.5,-3\n-1\n");
-    ReadSpectrumCurve(s);
-    EXPECT_TRUE(host.Messages.empty());
-    EXPECT_EQ(s.Curve.CurvePoints, 2);
-    EXPECT_EQ(Spectrum(1), -2.0f);
-
-    // A marker alone: no points, no interval, the spectrum stays 0.
-    Build({6.284f}, "-1\n");
-    ReadSpectrumCurve(s);
-    EXPECT_TRUE(host.Messages.empty());
-    EXPECT_EQ(s.Curve.CurvePoints, 0);
-    EXPECT_EQ(Spectrum(1), 0.0f);
-}
-
 TEST_F(SpectrumCurveRead, EveryFaultEndsInTheOneMessage) {
     const auto messageCount = [&](const std::string& curve, i16 interp, bool removeFile = false) {
         Build({6.284f, 3.0f}, curve);
@@ -177,30 +95,6 @@ TEST_F(SpectrumCurveRead, EveryFaultEndsInTheOneMessage) {
     EXPECT_NE(Spectrum(1), 0.0f);
     EXPECT_EQ(Spectrum(2), 0.0f);
     EXPECT_EQ(Spectrum(3), 0.0f);
-}
-
-TEST_F(SpectrumCurveRead, ZpaCheckWarnsOnlyWithMissingMass) {
-    // Peak 5 at 0.1 s; the highest mode's ZPA lies at ~1 s and below it.
-    const std::string curve = "0.1,5\n2.0,1\n-1\n";
-    Build({6.284f}, curve);
-    s.Options.SpectrumType = 2;
-    s.Options.ZpaHighestMode = 1;
-    s.Options.MissMassOn = 1;
-    ReadSpectrumCurve(s);
-    ASSERT_EQ(host.Messages.size(), 1u);
-    EXPECT_EQ(host.Messages[0], "ZPA Period > Tmax Period - Check");
-    EXPECT_EQ(host.MessageTitles[0], "TREMODAL");
-
-    host.Messages.clear();
-    s.Options.MissMassOn = 0;
-    ReadSpectrumCurve(s);
-    EXPECT_TRUE(host.Messages.empty());
-
-    // From the curve the ZPA period is the peak's own: not strictly above.
-    s.Options.MissMassOn = 1;
-    s.Options.ZpaHighestMode = 0;
-    ReadSpectrumCurve(s);
-    EXPECT_TRUE(host.Messages.empty());
 }
 
 }  // namespace

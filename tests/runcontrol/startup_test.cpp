@@ -53,36 +53,6 @@ struct StartFixture {
     std::string Log() const { return ReadFile(model.File(".LOG")); }
 };
 
-TEST(Startup, BatchRunReadsTheModelRunsAndWaitsForCasepost) {
-    StartFixture f;
-    f.host.PollsUntilEnded = 2;
-    ASSERT_EQ(Main(f.state, "3/7/2/"), StartOutcome::BatchWaiting);
-    const ModelContext& m = f.state.Model;
-    EXPECT_EQ(m.ModelPath, f.model.modelPath);
-    EXPECT_EQ(m.ModelName, "FRAME");
-    EXPECT_EQ(m.ModelTitle, "Portal frame, two bays");
-    EXPECT_EQ(m.NumElements, 5.0f);
-    EXPECT_EQ(m.NumNodes, 4.0f);
-    EXPECT_EQ(m.UnitSystem, 1);
-    EXPECT_EQ(m.NodeX(4), 4.0f);
-    EXPECT_EQ(m.NodeY(3), 6.0f);
-    EXPECT_EQ(m.NodeZ(2), -2.0f);
-    EXPECT_EQ(f.state.BatchRun, 1);
-    EXPECT_EQ(f.state.RunPhase, 2);
-    EXPECT_EQ(f.state.Options.OptionsFile, f.model.File(".USM3"));
-    EXPECT_EQ(f.state.Options.ResultsCase, "20");  // the options file overrides the command line
-    ASSERT_EQ(f.host.ChildrenStarted.size(), 1u);
-    EXPECT_EQ(f.host.ChildrenStarted[0], f.model.dir.File("bin") + "/casepost");
-
-    EXPECT_TRUE(f.state.Timer1Enabled);
-    EXPECT_FALSE(Timer1_Timer(f.state));
-    EXPECT_FALSE(Timer1_Timer(f.state));
-    EXPECT_TRUE(Timer1_Timer(f.state));
-    EXPECT_FALSE(f.state.Timer1Enabled);
-    EXPECT_FALSE(Exists(f.model.File(".LOG")));
-    EXPECT_TRUE(f.host.Messages.empty());
-}
-
 TEST(Startup, BatchFailuresLeaveTheirLineInTheLog) {
     {
         StartFixture f;
@@ -154,34 +124,6 @@ TEST(Startup, DamagedModelFilesEndInNumberedFailures) {
     StartFixture f;
     WriteFile(f.model.File(".XYZ"), std::string(100000, '\xff'));
     ASSERT_EQ(Main(f.state, "3/7/"), StartOutcome::BatchWaiting);
-}
-
-TEST(Startup, DialogRunShowsFailuresAsAMessage) {
-    {
-        StartFixture f;
-        std::remove(f.model.File(".XSZ").c_str());
-        EXPECT_EQ(Main(f.state, ""), StartOutcome::Ended);
-        ASSERT_EQ(f.host.Messages.size(), 1u);
-        EXPECT_EQ(f.host.Messages[0], " E 53 L 0  Model or Data Error - Check Model & Re-Run");
-        EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL" + f.model.modelPath);
-        EXPECT_FALSE(Exists(f.model.File(".LOG")));
-    }
-    {
-        StartFixture f;
-        EXPECT_EQ(Main(f.state, ""), StartOutcome::Dialog);
-        EXPECT_EQ(f.state.BatchRun, 0);
-        EXPECT_EQ(f.state.Options.ZpaHighestMode, 1);
-        EXPECT_EQ(f.state.Model.HelpFile, f.model.dir.File("bin") + "/dynamic.chm");
-        EXPECT_TRUE(f.host.ChildrenStarted.empty());
-    }
-    {
-        // A phase that does not fit 16 bits fails before the run counts as a
-        // batch run, so it takes the dialog's route.
-        StartFixture f;
-        EXPECT_EQ(Main(f.state, "3/7/99999/"), StartOutcome::Ended);
-        ASSERT_EQ(f.host.Messages.size(), 1u);
-        EXPECT_EQ(f.host.Messages[0], " E 6 L 0  Model or Data Error - Check Model & Re-Run");
-    }
 }
 
 }  // namespace

@@ -97,7 +97,6 @@ int RunTreModalIn(const std::string& dir, const std::string& commandLine) {
     return RunCommand(command);
 }
 
-std::string ModelFixture::WriteSettings() const { return WriteSettingsIn(dir.Path()); }
 
 void ModelFixture::WriteStandInCasepost() const { WriteStandInCasepostIn(dir.Path()); }
 

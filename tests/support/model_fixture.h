@@ -35,9 +35,6 @@ struct ModelFixture {
     // equations of unit lumped mass; node 1 is the restrained base.
     void WriteFrequencyCase() const;
 
-    // The user settings file of a configuration directory dir/config, with
-    // Files1 = dir and Files2 = dir/bin.
-    std::string WriteSettings() const;
     // A stand-in casepost in dir/bin that appends "casepost ran in <cwd>"
     // to dir/casepost.out and exits.
     void WriteStandInCasepost() const;

@@ -44,9 +44,6 @@ int RunCommand(const std::string& command);
 int FailureOf(const std::function<void()>& operation);
 std::string MessageOf(const std::function<void()>& operation);
 
-// The moment of a local date and time, whatever the time zone of the machine.
-std::time_t LocalMoment(int year, int month, int day, int hour, int minute, int second);
-
 // Little-endian bytes of a value, for building binary fixtures.
 std::string BytesI16(std::int16_t v);
 std::string BytesI32(std::int32_t v);
