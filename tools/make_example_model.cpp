@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
+#include <bit>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -240,10 +240,7 @@ void RemoveOld(const std::string& path) {
 
 // Overwrites the four bytes at `at` with a little-endian single.
 void PatchF32(std::vector<unsigned char>& block, std::size_t at, f32 value) {
-    static std::vector<unsigned char> field;
-    field.clear();
-    PutF32(field, value);
-    std::memcpy(block.data() + at, field.data(), field.size());
+    StoreLittle(block.data() + at, std::bit_cast<std::uint32_t>(value));
 }
 
 // The size file, read field by field: an unused text, the model's name and
@@ -455,14 +452,6 @@ void WriteNameFile(const ExampleOptions& o, const std::string& modelPath) {
     PrintFile out(dir + "/MODEL.NAM", TextMode::Output);
     out.Line("\"" + modelPath + "\",\"" + o.Name + "\"");
     out.Close();
-}
-
-std::string PadLeft(const std::string& text, std::size_t width) {
-    return text.size() >= width ? text : std::string(width - text.size(), ' ') + text;
-}
-
-std::string PadRight(const std::string& text, std::size_t width) {
-    return text.size() >= width ? text : text + std::string(width - text.size(), ' ');
 }
 
 void PrintSummary(const ExampleOptions& o, const std::string& modelPath,

@@ -470,4 +470,10 @@ std::string PadRight(std::string_view text, std::size_t width) {
     return padded;
 }
 
+std::string PadLeft(std::string_view text, std::size_t width) {
+    std::string padded(text);
+    if (padded.size() < width) padded.insert(0, width - padded.size(), ' ');
+    return padded;
+}
+
 }  // namespace tremodal

@@ -55,8 +55,9 @@ f64 StrictNumber(std::string_view text);
 std::string Trim(std::string_view text);
 std::string LTrim(std::string_view text);
 std::string RTrim(std::string_view text);
-// The text, filled up with blanks on the right to width; a longer text
-// stands whole.
+// The text, filled up with blanks on the right (or left) to width; a longer
+// text stands whole.
 std::string PadRight(std::string_view text, std::size_t width);
+std::string PadLeft(std::string_view text, std::size_t width);
 
 }  // namespace tremodal
