@@ -23,6 +23,7 @@
 
 #include "dialog/commands.h"
 #include "runcontrol/startup.h"
+#include "runcontrol/number_text.h"
 
 namespace tremodal {
 
@@ -150,7 +151,7 @@ void Form2View::BuildControls() {
                                   "Rotation (Vertical)",    "Rotation (Major wave)"};
     for (int row = 0; row < 6; ++row) {
         const int k = shownOrder[row];
-        const std::string name = "chkDir_" + std::to_string(k);
+        const std::string name = "chkDir_" + GeneralText(i32(k));
         chkDir_[k] = Box(name.c_str(), dirCaptions[k]);
         directions->addWidget(chkDir_[k], row, 0);
         if (row == 0) directions->addWidget(NamedLabel("Label4", "Direction Factor"), 0, 1);
@@ -169,7 +170,7 @@ void Form2View::BuildControls() {
     directions->addWidget(NamedLabel("Label8", "X                     Y               Z"), 7, 0, 1, 2);
     auto* ground = new QHBoxLayout;
     for (int i = 0; i < 3; ++i) {
-        const std::string name = "txtGround_" + std::to_string(i);
+        const std::string name = "txtGround_" + GeneralText(i32(i));
         ground->addWidget(txtGround_[i] = Field(name.c_str(), [i](i16& k) { txtGround_KeyPress(i, k); }));
     }
     directions->addLayout(ground, 8, 0, 1, 2);
