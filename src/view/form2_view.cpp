@@ -22,8 +22,8 @@
 #include <algorithm>
 
 #include "dialog/commands.h"
-#include "runcontrol/startup.h"
 #include "runcontrol/number_text.h"
+#include "runcontrol/startup.h"
 
 namespace tremodal {
 
