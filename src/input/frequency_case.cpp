@@ -1,6 +1,7 @@
 #include "input/frequency_case.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <vector>
 
@@ -112,38 +113,38 @@ void CheckCaseSize(const RunState& state, std::int64_t caseNodes, std::int64_t m
 
 // The shape block: for every mode in use, every case node and its six
 // freedoms, the equation number and the mode shape value of that freedom.
-// Read in large blocks and decoded from memory.
+// Read a mode at a time and decoded from memory. Each mode's largest
+// magnitude is kept on the way: it bounds the responses of the mode.
 void ReadShapeBlock(RunState& state, BinaryFile& file, std::int64_t caseNodes) {
     FrequencyCase& f = state.Freq;
-    const std::int64_t pairsPerMode = caseNodes * 6;
-    const std::int64_t totalPairs = f.NumModes * pairsPerMode;
-    std::vector<unsigned char> buffer;
-    // Mode m, node n, freedom d of the next pair, and mode m's shape column.
-    std::int64_t m = 1, n = 1, d = 1;
-    f32* column = totalPairs > 0 ? &f.ModeShape(0, m) : nullptr;
+    if (f.NumModes < 1) return;
+    const std::int64_t pairs = caseNodes * 6;
     const std::int64_t lastEquation = f.ModeShape.Upper1();
-    std::int64_t done = 0;
-    while (done < totalPairs) {
-        const std::int64_t take = std::min(totalPairs - done, kBlockBuffer / kPairLength);
-        buffer.resize(static_cast<std::size_t>(take * kPairLength));
-        ReadExactly(file, buffer.data(), take * kPairLength, "shape block");
-        for (const unsigned char* at = buffer.data(); at < buffer.data() + buffer.size(); at += kPairLength) {
+    std::vector<unsigned char> block(static_cast<std::size_t>(pairs * kPairLength));
+    for (i32 m = 1; m <= f.NumModes; ++m) {
+        ReadExactly(file, block.data(), pairs * kPairLength, "shape block");
+        f32* column = &f.ModeShape(0, m);
+        std::uint32_t peak = 0;
+        for (std::int64_t k = 0; k < pairs; ++k) {
             // The equation comes first, and its value goes to the slot that
             // this very number names; equation 0 collects the freedoms that
             // have none, and no sum reads it.
+            const unsigned char* at = block.data() + k * kPairLength;
             const i32 equation = GetI32(at);
-            f.NodeDof(n, d) = equation;
             if (equation < 0 || equation > lastEquation) detail::FailSubscript(equation, lastEquation);
-            column[equation] = StoreF32(GetF32(at + 4));
-            if (++d > 6) {
-                d = 1;
-                if (++n > caseNodes) {
-                    n = 1;
-                    if (++m <= f.NumModes) column = &f.ModeShape(0, m);
-                }
-            }
+            const std::uint32_t bits = GetLittle<std::uint32_t>(at + 4);
+            const std::uint32_t magnitude = bits & 0x7fffffffu;
+            // An infinity or a NaN (all exponent bits set) fails as its store would.
+            if (magnitude >= 0x7f800000u) FailStoreF32(std::bit_cast<f32>(bits));
+            column[equation] = std::bit_cast<f32>(bits);
+            // Finite singles order by magnitude as their bits do.
+            peak = std::max(peak, magnitude);
         }
-        done += take;
+        f.ShapePeak(m) = std::bit_cast<f32>(peak);
+    }
+    // The map is repeated in every mode; the last mode's stands.
+    for (std::int64_t k = 0; k < pairs; ++k) {
+        f.NodeDof(k / 6 + 1, k % 6 + 1) = GetI32(block.data() + k * kPairLength);
     }
 }
 

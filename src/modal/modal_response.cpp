@@ -20,10 +20,6 @@ constexpr f64 kPi = 3.14159265358979;
 // 2 pi / 0.4: the rocking input of short-period modes follows the ground
 // acceleration rather than the displacement.
 constexpr f32 kRotationPeriod = 0.4f;
-// A double at or beyond this rounds to an infinite single (see StoreF32).
-constexpr f64 kSingleOverflow = 0x1.ffffffp127;
-// Bytes of one node in a block of the .HS file: six (i32 equation, f32 value).
-constexpr std::size_t kNodeBytes = 48;
 
 const char* const kAccelHeading =
     "Node  Mode   Period     x          y          z          xr         yr         zr!";
@@ -41,56 +37,67 @@ f32 DirectionScale(RunState& s, i16 d, i32 m) {
     return StoreF32(f64(factor) * 2 * kPi / 0.4);
 }
 
-// The responses in the order the products are defined, equation by equation
-// and mode by mode, every store checked. Run only when the fast pass met a
-// fault, so that the failure raised is the one this order meets first.
-void ComputeResponsesLiterally(RunState& s, i16 d, i16 modes) {
-    for (i32 e = 1; e <= s.Freq.NumDof; ++e) {
+// S(m) x Gamma(m) x c(m), the left part of the response product of mode m,
+// multiplied in that order. Times ModeShape(e, m) it is the displacement of
+// equation e, and times omega twice more the acceleration.
+f64 ResponseScale(RunState& s, i16 d, i16 m) {
+    return f64(s.Curve.ModalSpectrum(m)) * s.Participation(m) * DirectionScale(s, d, m);
+}
+
+// The responses of equations first..last in every mode, equation by
+// equation and mode by mode, every store checked: fails where that order
+// meets the first fault, and otherwise only tells that there is none.
+void CheckResponses(RunState& s, i16 d, i16 modes, i32 first, i32 last) {
+    for (i32 e = first; e <= last; ++e) {
         for (i16 m = 1; m <= modes; ++m) {
-            const f64 c = DirectionScale(s, d, m);
-            const f64 disp = f64(s.Curve.ModalSpectrum(m)) * s.Participation(m) * c * s.Freq.ModeShape(e, m);
-            s.ModalDisp(e, m) = StoreF32(disp);
+            const f64 disp = ResponseScale(s, d, m) * s.Freq.ModeShape(e, m);
+            StoreF32(disp);
             const f64 omega = s.Freq.Omega(m);
-            s.ModalAccel(e, m) = StoreF32(disp * omega * omega);
+            StoreF32(disp * omega * omega);
         }
     }
 }
 
-// The responses mode by mode, running down the contiguous slots of each mode.
-// S x Gamma x c is the left part of the product in the same left-to-right
-// order, so working it once per mode gives the same bits. Returns false at
-// the first fault, leaving the rest to the literal pass.
-bool ComputeResponsesFast(RunState& s, i16 d, i16 modes) {
-    const i32 dof = s.Freq.NumDof;
-    if (dof < 1) return true;
-    const std::int64_t stride = std::int64_t(dof) + 1;
-    const f32* shape = s.Freq.ModeShape.Data();
-    f32* dispOut = s.ModalDisp.Data();
-    f32* accelOut = s.ModalAccel.Data();
+// Whether no response of any equation can overflow a single. The rounded
+// products grow with |ModeShape|, so a mode's largest value bounds them all.
+bool ResponsesFit(RunState& s, const std::vector<f64>& scale, i16 modes) {
     for (i16 m = 1; m <= modes; ++m) {
-        f64 c = 0;
-        try {
-            c = DirectionScale(s, d, m);
-        } catch (const Failure&) {
-            return false;
-        }
-        const f64 scale = f64(s.Curve.ModalSpectrum(m)) * s.Participation(m) * c;
+        const f64 disp = std::fabs(scale[std::size_t(m)]) * s.Freq.ShapePeak(m);
         const f64 omega = s.Freq.Omega(m);
-        const std::int64_t base = std::int64_t(m) * stride;
-        // ModalDisp and ModalAccel are allocated with ModeShape's bounds.
-        if (s.ModalDisp.Upper1() != dof || s.ModalAccel.Upper1() != dof || s.Freq.ModeShape.Upper1() != dof ||
-            s.Freq.ModeShape.Upper2() < m || s.ModalDisp.Upper2() < m || s.ModalAccel.Upper2() < m) {
-            return false;
-        }
-        for (std::int64_t e = 1; e <= dof; ++e) {
-            const f64 disp = scale * shape[base + e];
-            const f64 accel = disp * omega * omega;
-            if (!(std::fabs(disp) < kSingleOverflow) || !(std::fabs(accel) < kSingleOverflow)) return false;
-            dispOut[base + e] = f32(disp);
-            accelOut[base + e] = f32(accel);
-        }
+        if (!(disp < kSingleOverflow) || !(disp * omega * omega < kSingleOverflow)) return false;
     }
     return true;
+}
+
+// The responses of every equation in every mode are worked out before any
+// file is written, and a numeric fault stops the direction there. The first
+// equation is worked in full, which also fails on a direction scale that
+// cannot be had; the others are vouched for by each mode's largest shape
+// value, or, where that bound is too coarse, worked in full as well. The
+// files then work out each value again from the same product.
+std::vector<f64> ResponseScales(RunState& s, i16 d, i16 modes) {
+    std::vector<f64> scale(std::size_t(modes < 0 ? 0 : modes) + 1, 0.0);
+    const i32 dof = s.Freq.NumDof;
+    if (dof < 1) return scale;
+    CheckResponses(s, d, modes, 1, 1);
+    for (i16 m = 1; m <= modes; ++m) scale[std::size_t(m)] = ResponseScale(s, d, m);
+    if (!ResponsesFit(s, scale, modes)) CheckResponses(s, d, modes, 2, dof);
+    return scale;
+}
+
+// The accelerations of every equation in every mode, for the accelerations
+// file, which lists them node by node across the modes. Equation 0 keeps
+// the zeros of the allocation.
+void FillModalAccel(RunState& s, const std::vector<f64>& scale, i16 modes) {
+    const i32 dof = s.Freq.NumDof;
+    for (i16 m = 1; m <= modes; ++m) {
+        const f32* shape = &s.Freq.ModeShape(0, m);
+        f32* accel = &s.ModalAccel(0, m);
+        (void)s.Freq.ModeShape(dof, m);
+        (void)s.ModalAccel(dof, m);
+        const f64 omega = s.Freq.Omega(m);
+        for (i32 e = 1; e <= dof; ++e) accel[e] = RoundToSingle(scale[std::size_t(m)] * shape[e] * omega * omega);
+    }
 }
 
 // Equation numbers of every freedom of every node, node by node, checked
@@ -168,9 +175,9 @@ void WriteAccelFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const st
 }
 
 // A block of the .HS file holds, for every node and freedom, the equation
-// number and values[equation]: the layout of the shape block of the
-// frequency case. The equation numbers are the same in every block, so they
-// are put in once and each block writes only its values.
+// number and the value of that equation: the layout of the shape block of
+// the frequency case. The equation numbers are the same in every block, so
+// they are put in once and each block writes only its values.
 std::vector<unsigned char> BlockWithEquations(const std::vector<i32>& eqs) {
     std::vector<unsigned char> block(eqs.size() * 8);
     for (std::size_t k = 0; k < eqs.size(); ++k) {
@@ -179,11 +186,12 @@ std::vector<unsigned char> BlockWithEquations(const std::vector<i32>& eqs) {
     return block;
 }
 
+template <class ValueOf>
 void WriteBlock(BinaryFile& file, std::vector<unsigned char>& block, const std::vector<i32>& eqs,
-                const f32* values) {
+                ValueOf valueOf) {
     unsigned char* at = block.data() + 4;
     for (const i32 eq : eqs) {
-        StoreLittle(at, std::bit_cast<std::uint32_t>(values[eq]));
+        StoreLittle(at, std::bit_cast<std::uint32_t>(f32(valueOf(eq))));
         at += 8;
     }
     file.Write(block.data(), block.size());
@@ -191,7 +199,8 @@ void WriteBlock(BinaryFile& file, std::vector<unsigned char>& block, const std::
 
 // The modal response file: the hand-over of the uncombined modal
 // displacements to the suite, with frequencies, damping and the method.
-void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const std::vector<i32>& eqs) {
+void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const std::vector<i32>& eqs,
+                       const std::vector<f64>& scales) {
     BinaryFile file(s.Model.ModelPath + ".HS" + GeneralText(d));
     const bool single = s.Options.SingleMode != 0;
     const i32 rows = single ? 1 : AddI32(s.Freq.NumModes, s.MissMassRead);
@@ -214,14 +223,19 @@ void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const
     file.Write(table.data(), table.size());
 
     std::vector<unsigned char> block = BlockWithEquations(eqs);
-    const std::int64_t stride = std::int64_t(s.Freq.NumDof) + 1;
     for (i16 m = first; m <= last; ++m) {
-        (void)s.ModalDisp(0, m);  // the mode must exist
-        WriteBlock(file, block, eqs, s.ModalDisp.Data() + m * stride);
+        // The displacements of mode m; a freedom without an equation has none.
+        const f32* shape = &s.Freq.ModeShape(0, m);
+        const f64 scale = scales[std::size_t(m)];
+        WriteBlock(file, block, eqs, [&](i32 eq) { return eq == 0 ? 0.0f : RoundToSingle(scale * shape[eq]); });
     }
     // The solved missing mass case as one more block; freedoms without an
     // equation carry what slot 0 absorbed when it was read.
-    if (s.MissMassRead == 1) WriteBlock(file, block, eqs, s.MissMassDof.Data());
+    if (s.MissMassRead == 1) {
+        (void)s.MissMassDof(s.Freq.NumDof);
+        const f32* missMass = s.MissMassDof.Data();
+        WriteBlock(file, block, eqs, [&](i32 eq) { return missMass[eq]; });
+    }
     file.Close();
 }
 
@@ -230,8 +244,7 @@ void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const
 void ComputeModalResponse(RunState& s, i16 d) {
     // Node and mode counters are 16-bit in every file of the suite.
     const i16 modes = NarrowI16(s.Freq.NumModes);
-
-    if (!ComputeResponsesFast(s, d, modes)) ComputeResponsesLiterally(s, d, modes);
+    const std::vector<f64> scales = ResponseScales(s, d, modes);
 
     const i16 nodes = RoundToI16(s.Model.NumNodes);
     const i16 single = s.Options.SingleMode;
@@ -239,8 +252,11 @@ void ComputeModalResponse(RunState& s, i16 d) {
     const i16 last = single != 0 ? single : modes;
     const std::vector<i32> eqs = CollectEquations(s, nodes);
 
-    if (s.Options.CreateAccelFile == 1) WriteAccelFile(s, d, nodes, first, last, eqs);
-    WriteResponseFile(s, d, nodes, first, last, eqs);
+    if (s.Options.CreateAccelFile == 1) {
+        FillModalAccel(s, scales, modes);
+        WriteAccelFile(s, d, nodes, first, last, eqs);
+    }
+    WriteResponseFile(s, d, nodes, first, last, eqs, scales);
 }
 
 }  // namespace tremodal

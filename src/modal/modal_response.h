@@ -8,7 +8,8 @@
 
 namespace tremodal {
 
-// Fills ModalDisp and ModalAccel and writes the direction's files.
+// Works out the modal displacements and accelerations of the direction and
+// writes its files.
 void ComputeModalResponse(RunState& state, i16 d);
 
 }  // namespace tremodal

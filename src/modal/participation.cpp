@@ -1,42 +1,123 @@
 #include "modal/participation.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
 #include "runcontrol/checked_math.h"
 
 namespace tremodal {
 
 namespace {
 
-// Gamma(m) for modes first..last, each a single rounded on every addition in
-// ascending equation order. Four modes are summed side by side: the sums
-// are independent, so their rounded additions overlap in the processor,
-// and each still sees its terms in the same order.
-void SumParticipation(RunState& s, i32 first, i32 last) {
-    constexpr i32 kSideBySide = 4;
+// Participation sums worked side by side: each is a chain of additions
+// rounded to single, and independent chains overlap in the processor.
+constexpr i32 kSideBySide = 8;
+
+// w(i) = M(i) r(i) for every equation. M and r are singles, so the product
+// is exact in a double, and w(i) phi(i, m) is the one rounding of the exact
+// product M phi r: the same double as (M(i) phi(i, m)) r(i), the order the
+// suite multiplies in. Empty when the mass vector is shorter than the
+// equations; the plain sums then fail at the first equation without a mass.
+std::vector<f64> MassTimesExcitation(const RunState& s) {
     const i32 dof = s.Freq.NumDof;
     const Array1<f32>& mass = s.Freq.MassTerms;
     const Array1<f32>& r = s.Excitation;
-    i32 m = first;
-    // A mass vector shorter than the equations fails at its end, in the
-    // plain loop below.
-    const bool whole = mass.Upper() >= dof && r.Upper() >= dof;
-    for (; whole && m + kSideBySide - 1 <= last; m += kSideBySide) {
-        const f32* phi[kSideBySide];
-        f32 sum[kSideBySide] = {};
-        for (i32 k = 0; k < kSideBySide; ++k) phi[k] = &s.Freq.ModeShape(0, m + k);
-        (void)s.Freq.ModeShape(dof, m + kSideBySide - 1);
-        for (i32 i = 1; i <= dof; ++i) {
-            const f64 mi = mass.Data()[i];
-            const f64 ri = r.Data()[i];
-            for (i32 k = 0; k < kSideBySide; ++k) sum[k] = StoreF32(mi * phi[k][i] * ri + sum[k]);
-        }
-        for (i32 k = 0; k < kSideBySide; ++k) s.Participation(m + k) = sum[k];
+    std::vector<f64> w;
+    if (dof < 1 || mass.Upper() < dof || r.Upper() < dof) return w;
+    w.resize(std::size_t(dof) + 1);
+    for (i32 i = 1; i <= dof; ++i) w[std::size_t(i)] = f64(mass.Data()[i]) * r.Data()[i];
+    return w;
+}
+
+// Gamma(m) = sum over i of M(i) phi(i, m) r(i), in ascending equation order,
+// every addition stored as a single and checked.
+void SumParticipation(RunState& s, i32 m) {
+    const Array1<f32>& mass = s.Freq.MassTerms;
+    const Array1<f32>& r = s.Excitation;
+    s.Participation(m) = 0;
+    for (i32 i = 1; i <= s.Freq.NumDof; ++i) {
+        s.Participation(m) = StoreF32(f64(mass(i)) * s.Freq.ModeShape(i, m) * r(i) + s.Participation(m));
     }
-    for (; m <= last; ++m) {
-        s.Participation(m) = 0;
+}
+
+// The same sums for up to kSideBySide modes from m on, unchecked. Returns
+// false when a sum overflowed, leaving it to SumParticipation to fail there.
+bool SumParticipationSideBySide(RunState& s, const std::vector<f64>& w, i32 m, i32 count) {
+    const i32 dof = s.Freq.NumDof;
+    const f32* phi[kSideBySide];
+    for (i32 k = 0; k < kSideBySide; ++k) {
+        // A short group works its last mode in the spare lanes.
+        const i32 mode = m + std::min(k, count - 1);
+        phi[k] = &s.Freq.ModeShape(0, mode);
+        (void)s.Freq.ModeShape(dof, mode);
+    }
+    f32 sum[kSideBySide] = {};
+    for (i32 i = 1; i <= dof; ++i) {
+        const f64 wi = w[std::size_t(i)];
+#pragma GCC unroll 8
+        for (i32 k = 0; k < kSideBySide; ++k) sum[k] = RoundToSingle(wi * phi[k][i] + sum[k]);
+    }
+    for (i32 k = 0; k < count; ++k) {
+        if (!std::isfinite(sum[k])) return false;
+    }
+    for (i32 k = 0; k < count; ++k) s.Participation(m + k) = sum[k];
+    return true;
+}
+
+// The mass each equation gives to the modes, A(i) = sum over m of w(i, m)^2
+// with w = M phi r rounded through ResidualWork, and what is left of the
+// equation's mass, ResidualMass(i) = r^2 M - A, summed into the result. In
+// the suite's order: equation by equation, modes ascending within each.
+f32 SumResidualMass(RunState& s) {
+    const Array1<f32>& mass = s.Freq.MassTerms;
+    const Array1<f32>& r = s.Excitation;
+    f32 residualSum = 0;
+    for (i32 i = 1; i <= s.Freq.NumDof; ++i) {
+        f32 reached = 0;
+        for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
+            s.ResidualWork(i) = StoreF32(f64(mass(i)) * s.Freq.ModeShape(i, m) * r(i));
+            const f64 work = s.ResidualWork(i);
+            reached = StoreF32(work * work + reached);
+        }
+        const f64 ri = r(i);
+        s.ResidualMass(i) = StoreF32(ri * ri * mass(i) - reached);
+        residualSum = StoreF32(f64(residualSum) + s.ResidualMass(i));
+    }
+    return residualSum;
+}
+
+// The same, the reached mass summed mode by mode down the contiguous shape
+// columns, unchecked: each equation's terms still add in ascending mode
+// order. Falls back on SumResidualMass, which fails where the suite's order
+// meets the first overflow, when a reached mass came out infinite.
+f32 SumResidualMassByColumns(RunState& s, const std::vector<f64>& w) {
+    const i32 dof = s.Freq.NumDof;
+    if (w.empty() || s.ResidualMass.Upper() < dof || s.ResidualWork.Upper() < dof) return SumResidualMass(s);
+    f32* reached = s.ResidualMass.Data();
+    f32* work = s.ResidualWork.Data();
+    std::fill(reached + 1, reached + dof + 1, 0.0f);
+    for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
+        const f32* phi = &s.Freq.ModeShape(0, m);
+        (void)s.Freq.ModeShape(dof, m);
         for (i32 i = 1; i <= dof; ++i) {
-            s.Participation(m) = StoreF32(f64(mass(i)) * s.Freq.ModeShape(i, m) * r(i) + s.Participation(m));
+            work[i] = RoundToSingle(w[std::size_t(i)] * phi[i]);
+            reached[i] = RoundToSingle(f64(work[i]) * work[i] + reached[i]);
         }
     }
+    if (!std::all_of(reached + 1, reached + dof + 1, [](f32 a) { return std::isfinite(a); })) {
+        return SumResidualMass(s);
+    }
+    const Array1<f32>& mass = s.Freq.MassTerms;
+    const Array1<f32>& r = s.Excitation;
+    f32 residualSum = 0;
+    for (i32 i = 1; i <= dof; ++i) {
+        const f64 ri = r(i);
+        s.ResidualMass(i) = StoreF32(ri * ri * mass(i) - reached[i]);
+        residualSum = StoreF32(f64(residualSum) + s.ResidualMass(i));
+    }
+    return residualSum;
 }
 
 // Participation factors of mass-normalised modes, Gamma(m) = sum M r phi,
@@ -51,34 +132,24 @@ void ComputeParticipation(RunState& s, bool countInI16) {
     const i32 modes = s.Freq.NumModes;
     const Array1<f32>& mass = s.Freq.MassTerms;
     const Array1<f32>& r = s.Excitation;
+    const std::vector<f64> w = MassTimesExcitation(s);
 
-    SumParticipation(s, 1, modes);
+    i32 m = 1;
+    while (!w.empty() && m <= modes) {
+        const i32 count = std::min(kSideBySide, modes - m + 1);
+        if (!SumParticipationSideBySide(s, w, m, count)) break;
+        m += count;
+    }
+    for (; m <= modes; ++m) SumParticipation(s, m);
 
     f32 residualSum = 1.0f;
     f32 effectiveSum = 0;
     if (s.Options.MissMassOn == 1) {
         // The lumped form counts its equations in 16 bits here.
         if (countInI16) NarrowI16(dof);
-        // The mass each equation gives to the modes, A(i) = sum over m of
-        // (M phi r)^2, each term rounded through ResidualWork. Summed mode
-        // by mode down the contiguous shape columns, in ResidualMass; for
-        // each equation the terms still add in ascending mode order.
-        for (i32 i = 1; i <= dof; ++i) s.ResidualMass(i) = 0;
-        for (i32 m = 1; m <= modes; ++m) {
-            for (i32 i = 1; i <= dof; ++i) {
-                s.ResidualWork(i) = StoreF32(f64(mass(i)) * s.Freq.ModeShape(i, m) * r(i));
-                const f64 w = s.ResidualWork(i);
-                s.ResidualMass(i) = StoreF32(w * w + s.ResidualMass(i));
-            }
-        }
-        residualSum = 0;
-        for (i32 i = 1; i <= dof; ++i) {
-            const f64 ri = r(i);
-            s.ResidualMass(i) = StoreF32(ri * ri * mass(i) - s.ResidualMass(i));
-            residualSum = StoreF32(f64(residualSum) + s.ResidualMass(i));
-        }
-        for (i32 m = 1; m <= modes; ++m) {
-            const f64 g = s.Participation(m);
+        residualSum = SumResidualMassByColumns(s, w);
+        for (i32 k = 1; k <= modes; ++k) {
+            const f64 g = s.Participation(k);
             effectiveSum = StoreF32(g * g + effectiveSum);
         }
     }

@@ -11,6 +11,7 @@
 #include "runcontrol/host.h"
 #include "runcontrol/number_text.h"
 #include "runcontrol/text_files.h"
+#include "runcontrol/vector_state.h"
 #include "modal/base_shear.h"
 #include "modal/excitation.h"
 #include "modal/modal_response.h"
@@ -35,11 +36,7 @@ void RunDirection(RunState& s, i16 d) {
     ReportParticipation(s, d);
 
     // The loop over modes counts in 16 bits in every file of the suite.
-    const i16 modes = NarrowI16(s.Freq.NumModes);
-    // Cleared mode by mode, down each contiguous column.
-    for (i32 m = 1; m <= modes; ++m) {
-        for (i32 e = 1; e <= s.Freq.NumDof; ++e) s.ModalDisp(e, m) = 0;
-    }
+    NarrowI16(s.Freq.NumModes);
 
     s.MissMassCase = GeneralText(Val(o.MissMassStartCase) + d - 1);
     s.MissMassRead = 0;
@@ -54,6 +51,8 @@ void RunDirection(RunState& s, i16 d) {
 }  // namespace
 
 void AnalyzeResponse(RunState& s) {
+    // A run starts from the settings reader or the dialog's event loop.
+    ClearUpperVectorState();
     ResponseOptions& o = s.Options;
     ReadFrequencyCase(s);
     if (s.Freq.MassForm == 0) ReadMassMatrix(s);

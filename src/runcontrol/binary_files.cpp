@@ -15,8 +15,11 @@ namespace {
 
 // Results files are written a field at a time, a few bytes each, hundreds of
 // thousands of times: the fields gather in one run of this size before they
-// go to the kernel. Blocks this large or larger bypass the run altogether.
+// go to the kernel.
 constexpr std::size_t kWriteRun = 4 * 1024 * 1024;
+// A block this large goes to the kernel as it stands, with no copy into the
+// run: the response blocks of a large model are megabytes each.
+constexpr std::size_t kDirectWrite = 64 * 1024;
 // Reads of small fields are served from one read-ahead block of this size.
 constexpr std::size_t kReadAhead = 256 * 1024;
 
@@ -197,15 +200,15 @@ void BinaryFile::Write(const void* source, std::size_t n) {
     UpdateAhead(offset_, from, n);
 
     const std::int64_t runEnd = pendingStart_ + static_cast<std::int64_t>(pending_.size());
-    const bool joinsRun = !pending_.empty() && offset_ >= pendingStart_ && offset_ <= runEnd &&
-                          static_cast<std::size_t>(offset_ - pendingStart_) + n <= kWriteRun;
+    const bool joinsRun = n < kDirectWrite && !pending_.empty() && offset_ >= pendingStart_ &&
+                          offset_ <= runEnd && static_cast<std::size_t>(offset_ - pendingStart_) + n <= kWriteRun;
     if (joinsRun) {
         const auto at = static_cast<std::size_t>(offset_ - pendingStart_);
         if (at + n > pending_.size()) pending_.resize(at + n);
         std::memcpy(pending_.data() + at, from, n);
     } else {
         Flush();
-        if (n >= kWriteRun) {
+        if (n >= kDirectWrite) {
             if (!WriteAt(fd_, from, n, offset_)) Fail(kPathAccessError, "cannot write " + Describe(path_));
         } else {
             pendingStart_ = offset_;

@@ -6,8 +6,10 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "runcontrol/failure.h"
@@ -84,19 +86,32 @@ void PutF64(std::vector<unsigned char>& out, f64 value);
 void PutFixedText(std::vector<unsigned char>& out, std::string_view text, std::size_t length);
 
 // The block codecs are inline: a large run encodes and decodes every value
-// of its mode shapes and responses through them.
+// of its mode shapes and responses through them. The bytes are copied whole
+// and turned round only on a big-endian machine.
+template <class Unsigned>
+inline Unsigned ToLittle(Unsigned bits) {
+    static_assert(std::is_unsigned_v<Unsigned>);
+    if constexpr (std::endian::native == std::endian::big) {
+        Unsigned turned = 0;
+        for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
+            turned = static_cast<Unsigned>((turned << 8) | ((bits >> (8 * i)) & 0xffu));
+        }
+        return turned;
+    }
+    return bits;
+}
+
 template <class Unsigned>
 inline void StoreLittle(unsigned char* to, Unsigned bits) {
-    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) to[i] = static_cast<unsigned char>(bits >> (8 * i));
+    bits = ToLittle(bits);
+    std::memcpy(to, &bits, sizeof bits);
 }
 
 template <class Unsigned>
 inline Unsigned GetLittle(const unsigned char* at) {
-    Unsigned bits = 0;
-    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
-        bits |= static_cast<Unsigned>(static_cast<Unsigned>(at[i]) << (8 * i));
-    }
-    return bits;
+    Unsigned bits;
+    std::memcpy(&bits, at, sizeof bits);
+    return ToLittle(bits);
 }
 
 inline i16 GetI16(const unsigned char* at) { return std::bit_cast<i16>(GetLittle<std::uint16_t>(at)); }

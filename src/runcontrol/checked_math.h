@@ -5,15 +5,25 @@
 // infinity or a wrapped integer in a file.
 #pragma once
 
+#include <limits>
+
 #include "runcontrol/failure.h"
 
 namespace tremodal {
 
 // Half way between the largest single and the next power of two: a double at
 // or beyond it rounds to an infinite single (the largest single has an odd
-// last digit, so the tie goes up). Checked before the conversion, which is
-// undefined for a value the single cannot hold.
+// last digit, so the tie goes up).
 inline constexpr f64 kSingleOverflow = 0x1.ffffffp127;
+
+static_assert(std::numeric_limits<f32>::is_iec559 && std::numeric_limits<f64>::is_iec559);
+
+// Rounds a double to single the way the processor does, without a check: a
+// value at or beyond kSingleOverflow becomes an infinity of its sign, and
+// every later addition keeps it infinite. For the long running sums, which
+// look once at their results and, on an infinity, work the sum again with
+// StoreF32 to fail where the first store overflowed.
+inline f32 RoundToSingle(f64 x) { return static_cast<f32>(x); }
 
 [[noreturn]] void FailStoreF32(f64 x);
 

@@ -10,9 +10,9 @@ void AllocateRunArrays(RunState& s) {
     const std::int64_t nodes = RoundToI32(s.Model.NumNodes);
     s.Freq.Eigenvalue.Allocate(modes);
     s.Freq.ModeShape.Allocate(dof, modes);
+    s.Freq.ShapePeak.Allocate(modes);
     s.Freq.Omega.Allocate(modes + 1);
     s.ModalDamping.Allocate(modes + 1);
-    s.ModalDisp.Allocate(dof, modes);
     s.Freq.NodeDof.Allocate(nodes, 6);
     s.MissMassNodal.Allocate(nodes, 6);
     s.MissMassDof.Allocate(dof);

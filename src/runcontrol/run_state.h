@@ -67,6 +67,9 @@ struct FrequencyCase {
     Array1<f32> Eigenvalue;      // 0..NumModes
     Array1<f32> Omega;           // 0..NumModes+1; the last slot is the pseudo-mode's
     Array2<f32> ModeShape;       // (0..NumDof, 0..NumModes)
+    // The largest magnitude in each mode's block of the file (0..NumModes):
+    // no ModeShape value of the mode is larger.
+    Array1<f32> ShapePeak;
     Array2<i32> NodeDof;         // (0..NumNodes, 0..6)
     Array1<f32> DirMass{6};      // slots 1..6
     // The mass of each equation, M(i). The lumped form holds 0..MassCount; of
@@ -117,7 +120,9 @@ struct RunState {
     i16 MissMassRead = 0;
     Array2<f32> MissMassNodal;       // (0..NumNodes, 0..6)
     Array1<f32> MissMassDof;         // 0..NumDof
-    Array2<f32> ModalDisp;           // (0..NumDof, 0..NumModes)
+    // The accelerations of every equation in every mode, filled only for the
+    // accelerations file. The displacements are not held whole: each mode's
+    // go straight into its block of the modal response file.
     Array2<f32> ModalAccel;          // (0..NumDof, 0..NumModes)
 
     // Whole-run accumulators, slots 1..3 zeroed at the start of a run.

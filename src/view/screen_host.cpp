@@ -3,12 +3,16 @@
 #include <QInputDialog>
 #include <QMessageBox>
 
+#include "runcontrol/vector_state.h"
+
 namespace tremodal {
 
 void ScreenHost::ShowMessage(const std::string& text, const std::string& title) {
     QMessageBox box(QMessageBox::NoIcon, QString::fromStdString(title), QString::fromStdString(text),
                     QMessageBox::Ok);
     box.exec();
+    // A message can come up in the middle of a run.
+    ClearUpperVectorState();
 }
 
 std::string ScreenHost::Prompt(const std::string& title, const std::string& question,

@@ -157,7 +157,7 @@ TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
         EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), h.failure)
             << h.caseNodes << " " << h.dof << " " << h.modes;
         EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
-        EXPECT_EQ(f.state.ModalDisp.Upper1(), -1);
+        EXPECT_EQ(f.state.ModalAccel.Upper1(), -1);
     }
     {
         // No mode in use: the equations are bounded by the model's freedoms.
