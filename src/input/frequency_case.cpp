@@ -39,7 +39,9 @@ void ReadExactly(BinaryFile& file, unsigned char* to, std::int64_t n, const std:
 }
 
 // Bytes that stand in the file from the read position on.
-std::int64_t BytesLeft(BinaryFile& file) { return std::max<std::int64_t>(0, file.Size() - (file.Position() - 1)); }
+std::int64_t BytesLeft(BinaryFile& file) {
+    return std::max<std::int64_t>(0, file.Size() - (file.Position() - 1));
+}
 
 // a * b * c, or -1 when the product does not fit in 64 bits: a length no
 // file can have.

@@ -1,15 +1,15 @@
 #include "modal/modal_response.h"
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <bit>
 #include <string>
 #include <vector>
 
+#include "modal/response_curve.h"
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
 #include "runcontrol/text_files.h"
-#include "modal/response_curve.h"
 
 namespace tremodal {
 
@@ -96,7 +96,8 @@ void FillModalAccel(RunState& s, const std::vector<f64>& scale, i16 modes) {
         (void)s.Freq.ModeShape(dof, m);
         (void)s.ModalAccel(dof, m);
         const f64 omega = s.Freq.Omega(m);
-        for (i32 e = 1; e <= dof; ++e) accel[e] = RoundToSingle(scale[std::size_t(m)] * shape[e] * omega * omega);
+        for (i32 e = 1; e <= dof; ++e)
+            accel[e] = RoundToSingle(scale[std::size_t(m)] * shape[e] * omega * omega);
     }
 }
 
@@ -227,7 +228,8 @@ void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const
         // The displacements of mode m; a freedom without an equation has none.
         const f32* shape = &s.Freq.ModeShape(0, m);
         const f64 scale = scales[std::size_t(m)];
-        WriteBlock(file, block, eqs, [&](i32 eq) { return eq == 0 ? 0.0f : RoundToSingle(scale * shape[eq]); });
+        WriteBlock(file, block, eqs,
+                   [&](i32 eq) { return eq == 0 ? 0.0f : RoundToSingle(scale * shape[eq]); });
     }
     // The solved missing mass case as one more block; freedoms without an
     // equation carry what slot 0 absorbed when it was read.

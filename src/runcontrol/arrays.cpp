@@ -36,8 +36,7 @@ void* AllocateZeroed(std::int64_t count, std::size_t size) {
 }
 
 void FailSubscript(std::int64_t index, std::int64_t upper) {
-    Fail(kSubscriptOutOfRange,
-         "subscript " + std::to_string(index) + " outside 0.." + std::to_string(upper));
+    Fail(kSubscriptOutOfRange, "subscript " + std::to_string(index) + " outside 0.." + std::to_string(upper));
 }
 
 }  // namespace tremodal::detail

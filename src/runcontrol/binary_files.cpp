@@ -201,7 +201,8 @@ void BinaryFile::Write(const void* source, std::size_t n) {
 
     const std::int64_t runEnd = pendingStart_ + static_cast<std::int64_t>(pending_.size());
     const bool joinsRun = n < kDirectWrite && !pending_.empty() && offset_ >= pendingStart_ &&
-                          offset_ <= runEnd && static_cast<std::size_t>(offset_ - pendingStart_) + n <= kWriteRun;
+                          offset_ <= runEnd &&
+                          static_cast<std::size_t>(offset_ - pendingStart_) + n <= kWriteRun;
     if (joinsRun) {
         const auto at = static_cast<std::size_t>(offset_ - pendingStart_);
         if (at + n > pending_.size()) pending_.resize(at + n);
@@ -301,6 +302,5 @@ void PutFixedText(std::vector<unsigned char>& out, std::string_view text, std::s
     out.insert(out.end(), text.begin(), text.begin() + static_cast<std::ptrdiff_t>(kept));
     out.insert(out.end(), length - kept, static_cast<unsigned char>(' '));
 }
-
 
 }  // namespace tremodal
