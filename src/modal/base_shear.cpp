@@ -17,15 +17,32 @@ f64 ModalShear(const RunState& s, i32 m, f64 f) {
 }
 
 // Adds to the running sum of the direction; every addition is a store.
-void AddToShear(RunState& s, i16 d, f64 term) { s.BaseShear(d) = StoreF32(f64(s.BaseShear(d)) + term); }
+void AddToShear(f32& shear, f64 term) { shear = StoreF32(f64(shear) + term); }
+
+// (zeta_j zeta_i)^0.5 of the last pair, kept: the damping of most models is
+// the same in every mode, so of the two powers of each of the millions of
+// pairs of a large model this one is nearly always the one just worked out.
+struct DampingRoot {
+    f64 product = -1;
+    f64 root = 0;
+
+    f64 Of(f64 zj, f64 zi) {
+        const f64 p = zj * zi;
+        if (p != product || p < 0) {
+            root = Pow(p, 0.5);
+            product = p;
+        }
+        return root;
+    }
+};
 
 // Modal correlation of the complete quadratic combination, after Der
 // Kiureghian (1981), for the frequency ratio r = omega(j) / omega(i). Modes
 // of exactly equal frequency are fully correlated, whatever their damping.
-f32 CqcCorrelation(f64 zi, f64 zj, f32 r) {
+f32 CqcCorrelation(f64 zi, f64 zj, f32 r, DampingRoot& dampingRoot) {
     if (r == 1.0f) return 1.0f;
     const f64 rr = r;
-    const f32 n = StoreF32(8 * Pow(zj * zi, 0.5) * (zj * rr + zi) * Pow(rr, 1.5));
+    const f32 n = StoreF32(8 * dampingRoot.Of(zj, zi) * (zj * rr + zi) * Pow(rr, 1.5));
     const f64 t = 1 - rr * rr;
     const f64 den = t * t + (1 + rr * rr) * 4 * zi * zj * rr + 4 * (zi * zi + zj * zj) * (rr * rr);
     const f32 rho = StoreF32(Div(n, den));
@@ -43,6 +60,8 @@ void CombineBaseShear(RunState& s, i16 d) {
     if (s.Options.SingleMode != 0) first = last = s.Options.SingleMode;
     if (d >= 4) return;  // a ground rotation gives no base shear
     const f64 f = s.Options.DirFactor(d);
+    // The running sum, kept in a register until it is the direction's.
+    f32 total = 0;
 
     // The stored modal shears of methods 1 to 3, by mode number.
     std::vector<f32> shear;
@@ -55,22 +74,24 @@ void CombineBaseShear(RunState& s, i16 d) {
         case 0:  // square root of the sum of squares
             for (i32 m = first; m <= last; ++m) {
                 const f64 a = ModalShear(s, m, f);
-                AddToShear(s, d, a * a);
+                AddToShear(total, a * a);
             }
             break;
         case 4:  // absolute sum, taken as a plain sum: the sign of f stays
-            for (i32 m = first; m <= last; ++m) AddToShear(s, d, ModalShear(s, m, f));
+            for (i32 m = first; m <= last; ++m) AddToShear(total, ModalShear(s, m, f));
             break;
-        case 1:  // complete quadratic combination over every ordered pair
+        case 1: {  // complete quadratic combination over every ordered pair
             storeShears();
+            DampingRoot dampingRoot;
             for (i32 i = first; i <= last; ++i) {
                 for (i32 j = first; j <= last; ++j) {
                     const f32 r = StoreF32(Div(s.Freq.Omega(j), s.Freq.Omega(i)));
-                    const f64 rho = CqcCorrelation(s.ModalDamping(i), s.ModalDamping(j), r);
-                    AddToShear(s, d, rho * shear[std::size_t(i)] * shear[std::size_t(j)]);
+                    const f64 rho = CqcCorrelation(s.ModalDamping(i), s.ModalDamping(j), r, dampingRoot);
+                    AddToShear(total, rho * shear[std::size_t(i)] * shear[std::size_t(j)]);
                 }
             }
             break;
+        }
         case 2:  // ten percent grouping: closely spaced pairs add 2 |Ai Aj|
             storeShears();
             for (i32 i = first; i <= last; ++i) {
@@ -83,7 +104,7 @@ void CombineBaseShear(RunState& s, i16 d) {
                     const f32 x = StoreF32(Div(wj - wi, wj));
                     if (x <= 0.1f) acc = StoreF32(f64(acc) + 2 * std::fabs(f64(shear[std::size_t(j)]) * ai));
                 }
-                AddToShear(s, d, acc);
+                AddToShear(total, acc);
             }
             break;
         case 3: {  // double sum after Rosenblueth and Elorduy (1969)
@@ -105,7 +126,7 @@ void CombineBaseShear(RunState& s, i16 d) {
                     const f64 den = f64(zetaEff[uj]) * s.Freq.Omega(j) + f64(zetaEff[ui]) * s.Freq.Omega(i);
                     const f32 eps = StoreF32(Div(f64(dampedOmega[uj]) - dampedOmega[ui], den));
                     const f32 rho = StoreF32(Div(1, 1 + f64(eps) * eps));
-                    AddToShear(s, d, f64(shear[uj]) * shear[ui] * rho);
+                    AddToShear(total, f64(shear[uj]) * shear[ui] * rho);
                 }
             }
             break;
@@ -113,6 +134,7 @@ void CombineBaseShear(RunState& s, i16 d) {
         default:
             break;  // no such method: the shear stays 0
     }
+    s.BaseShear(d) = total;
 }
 
 }  // namespace tremodal

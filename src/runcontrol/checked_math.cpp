@@ -47,16 +47,12 @@ void FailStoreF32(f64 x) {
     FailOverflow(x, "a single");
 }
 
-f64 CheckF64(f64 x) {
+void FailCheckF64(f64 x) {
     if (std::isnan(x)) Fail(kInvalidArgument, "invalid operation: the result is not a number");
-    if (std::isinf(x)) Fail(kOverflow, "overflow: the result is too large for a double");
-    return x;
+    Fail(kOverflow, "overflow: the result is too large for a double");
 }
 
-f64 Div(f64 a, f64 b) {
-    if (b == 0) Fail(kDivisionByZero, "division by zero");
-    return CheckF64(a / b);
-}
+void FailDivisionByZero() { Fail(kDivisionByZero, "division by zero"); }
 
 f64 Sqrt(f64 x) {
     if (x < 0) Fail(kInvalidArgument, "invalid argument: square root of " + GeneralText(x));
