@@ -1,5 +1,6 @@
 #include "modal/modal_response.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -187,15 +188,22 @@ std::vector<unsigned char> BlockWithEquations(const std::vector<i32>& eqs) {
     return block;
 }
 
+// Fills in the values of a block and writes it a piece at a time, each
+// piece while it is still in the processor's cache: the block of a large
+// model is larger than the cache, and the kernel's copy into the file would
+// otherwise fetch it from memory once more.
+constexpr std::size_t kPiecePairs = 32 * 1024;
+
 template <class ValueOf>
 void WriteBlock(BinaryFile& file, std::vector<unsigned char>& block, const std::vector<i32>& eqs,
                 ValueOf valueOf) {
-    unsigned char* at = block.data() + 4;
-    for (const i32 eq : eqs) {
-        StoreLittle(at, std::bit_cast<std::uint32_t>(f32(valueOf(eq))));
-        at += 8;
+    for (std::size_t start = 0; start < eqs.size(); start += kPiecePairs) {
+        const std::size_t end = std::min(eqs.size(), start + kPiecePairs);
+        for (std::size_t k = start; k < end; ++k) {
+            StoreLittle(block.data() + 8 * k + 4, std::bit_cast<std::uint32_t>(f32(valueOf(eqs[k]))));
+        }
+        file.Write(block.data() + 8 * start, 8 * (end - start));
     }
-    file.Write(block.data(), block.size());
 }
 
 // The modal response file: the hand-over of the uncombined modal
