@@ -75,6 +75,20 @@ TEST(UnchangedOutput, LumpedModelOfThreeColumnsInThreeDirections) {
     EXPECT_EQ(prints, expected);
 }
 
+// 6,005 nodes: a response block of 36,030 freedoms is written in more than
+// one piece, the last of them short.
+TEST(UnchangedOutput, BlocksLargerThanAWritePiece) {
+    const std::map<std::string, std::uint64_t> prints = RunAndFingerprint(
+        "--storeys 1200 --nodes-per-floor 5 --all-freedoms --modes 4 --directions 13 --comb SRSS",
+        {"SHEAR.HS1", "SHEAR.HS3", "SHEAR.L20"});
+    const std::map<std::string, std::uint64_t> expected = {
+        {"SHEAR.HS1", 211174432892365361ull},
+        {"SHEAR.HS3", 15614104904605579366ull},
+        {"SHEAR.L20", 1661948273420343475ull},
+    };
+    EXPECT_EQ(prints, expected);
+}
+
 TEST(UnchangedOutput, SquareMassWithRotationsUnderEachCombination) {
     const char* const methods[] = {"SRSS", "GROUP", "DSM", "ABS"};
     std::map<std::string, std::uint64_t> prints;
