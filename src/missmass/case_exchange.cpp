@@ -31,7 +31,7 @@ void ReadSolvedCase(RunState& s, BinaryFile& file) {
     std::vector<unsigned char> block(static_cast<std::size_t>(nodes) * kNodeResultBytes);
     if (!block.empty()) file.Read(block.data(), block.size());
     const unsigned char* at = block.data();
-    for (i16 n = 1; n <= nodes; ++n) {
+    for (i32 n = 1; n <= nodes; ++n) {
         for (int k = 1; k <= 6; ++k, at += 4) {
             // A NaN or infinite value from a damaged file must not reach the
             // response file: StoreF32 refuses it.
@@ -83,7 +83,7 @@ void ReadMissMassResults(RunState& s) {
         // By equation: a freedom without an equation lands in slot 0, and
         // where two freedoms share an equation the later one stands.
         const i16 nodes = RoundToI16(s.Model.NumNodes);
-        for (i16 n = 1; n <= nodes; ++n) {
+        for (i32 n = 1; n <= nodes; ++n) {
             for (int k = 1; k <= 6; ++k) s.MissMassDof(s.Freq.NodeDof(n, k)) = s.MissMassNodal(n, k);
         }
     } catch (const Failure&) {

@@ -30,7 +30,8 @@ std::string LoadLine(const RunState& s, i16 d, i16 node, f32 load) {
 
 void WriteMissMassCase(RunState& s, i16 d) {
     const ResponseOptions& o = s.Options;
-    const std::string description = "SpectResp " + Trim(o.OptionsNumber) + ":FrqCase " + o.FreqCase + " Missing Mass";
+    const std::string description =
+        "SpectResp " + Trim(o.OptionsNumber) + ":FrqCase " + o.FreqCase + " Missing Mass";
     ResetCase(s, s.MissMassCase);
 
     PrintFile out(s.Model.ModelPath + ".L" + LTrim(s.MissMassCase), TextMode::Output);
@@ -46,7 +47,7 @@ void WriteMissMassCase(RunState& s, i16 d) {
     // freedom without an equation reads slot 0, whose residual mass is 0.
     Array1<f32> load(3);
     const i16 nodes = RoundToI16(s.Model.NumNodes);
-    for (i16 n = 1; n <= nodes; ++n) {
+    for (i32 n = 1; n <= nodes; ++n) {
         bool active = false;
         for (int k = 1; k <= 3; ++k) {
             const i32 e = s.Freq.NodeDof(n, k);
@@ -54,7 +55,7 @@ void WriteMissMassCase(RunState& s, i16 d) {
             active = true;
             load(d) = StoreF32(f64(s.MissMassFactor) * s.ResidualMass(e) * s.Curve.ZpaValue * o.DirFactor(d));
         }
-        if (active && load(d) != 0) out.Line(LoadLine(s, d, n, load(d)));
+        if (active && load(d) != 0) out.Line(LoadLine(s, d, i16(n), load(d)));
     }
     out.Close();
 

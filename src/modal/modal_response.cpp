@@ -41,7 +41,7 @@ f32 DirectionScale(RunState& s, i16 d, i32 m) {
 // S(m) x Gamma(m) x c(m), the left part of the response product of mode m,
 // multiplied in that order. Times ModeShape(e, m) it is the displacement of
 // equation e, and times omega twice more the acceleration.
-f64 ResponseScale(RunState& s, i16 d, i16 m) {
+f64 ResponseScale(RunState& s, i16 d, i32 m) {
     return f64(s.Curve.ModalSpectrum(m)) * s.Participation(m) * DirectionScale(s, d, m);
 }
 
@@ -50,7 +50,7 @@ f64 ResponseScale(RunState& s, i16 d, i16 m) {
 // meets the first fault, and otherwise only tells that there is none.
 void CheckResponses(RunState& s, i16 d, i16 modes, i32 first, i32 last) {
     for (i32 e = first; e <= last; ++e) {
-        for (i16 m = 1; m <= modes; ++m) {
+        for (i32 m = 1; m <= modes; ++m) {
             const f64 disp = ResponseScale(s, d, m) * s.Freq.ModeShape(e, m);
             StoreF32(disp);
             const f64 omega = s.Freq.Omega(m);
@@ -62,7 +62,7 @@ void CheckResponses(RunState& s, i16 d, i16 modes, i32 first, i32 last) {
 // Whether no response of any equation can overflow a single. The rounded
 // products grow with |ModeShape|, so a mode's largest value bounds them all.
 bool ResponsesFit(RunState& s, const std::vector<f64>& scale, i16 modes) {
-    for (i16 m = 1; m <= modes; ++m) {
+    for (i32 m = 1; m <= modes; ++m) {
         const f64 disp = std::fabs(scale[std::size_t(m)]) * s.Freq.ShapePeak(m);
         const f64 omega = s.Freq.Omega(m);
         if (!(disp < kSingleOverflow) || !(disp * omega * omega < kSingleOverflow)) return false;
@@ -81,7 +81,7 @@ std::vector<f64> ResponseScales(RunState& s, i16 d, i16 modes) {
     const i32 dof = s.Freq.NumDof;
     if (dof < 1) return scale;
     CheckResponses(s, d, modes, 1, 1);
-    for (i16 m = 1; m <= modes; ++m) scale[std::size_t(m)] = ResponseScale(s, d, m);
+    for (i32 m = 1; m <= modes; ++m) scale[std::size_t(m)] = ResponseScale(s, d, m);
     if (!ResponsesFit(s, scale, modes)) CheckResponses(s, d, modes, 2, dof);
     return scale;
 }
@@ -91,7 +91,7 @@ std::vector<f64> ResponseScales(RunState& s, i16 d, i16 modes) {
 // the zeros of the allocation.
 void FillModalAccel(RunState& s, const std::vector<f64>& scale, i16 modes) {
     const i32 dof = s.Freq.NumDof;
-    for (i16 m = 1; m <= modes; ++m) {
+    for (i32 m = 1; m <= modes; ++m) {
         const f32* shape = &s.Freq.ModeShape(0, m);
         f32* accel = &s.ModalAccel(0, m);
         (void)s.Freq.ModeShape(dof, m);
@@ -108,7 +108,7 @@ std::vector<i32> CollectEquations(RunState& s, i16 nodes) {
     std::vector<i32> eqs;
     if (nodes < 1) return eqs;
     eqs.reserve(std::size_t(nodes) * 6);
-    for (i16 n = 1; n <= nodes; ++n) {
+    for (i32 n = 1; n <= nodes; ++n) {
         for (int k = 1; k <= 6; ++k) {
             const i32 eq = s.Freq.NodeDof(n, k);
             if (eq < 0 || eq > s.Freq.NumDof) detail::FailSubscript(eq, s.Freq.NumDof);
@@ -130,17 +130,17 @@ void WriteAccelFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const st
 
     std::vector<std::string> periods;
     if (nodes >= 1) {
-        for (i16 m = first; m <= last; ++m) {
+        for (i32 m = first; m <= last; ++m) {
             (void)s.ModalAccel(0, m);  // the mode must exist
             periods.push_back(FormatField(ModePeriod(s.Freq.Omega(m)), "0.000", 8));
         }
     }
 
     out.Line(kAccelHeading);
-    for (i16 n = 1; n <= nodes; ++n) {
+    for (i32 n = 1; n <= nodes; ++n) {
         const i32* eq = eqs.data() + std::size_t(n - 1) * 6;
-        for (i16 m = first; m <= last; ++m) {
-            out.Item(PrintItem(n))
+        for (i32 m = first; m <= last; ++m) {
+            out.Item(PrintItem(i16(n)))
                 .Tab(6)
                 .Item(PrintItem(i32(m)))
                 .Tab(11)
@@ -153,20 +153,20 @@ void WriteAccelFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const st
     }
 
     out.Line(kCombHeading);
-    for (i16 n = 1; n <= nodes; ++n) {
+    for (i32 n = 1; n <= nodes; ++n) {
         const i32* eq = eqs.data() + std::size_t(n - 1) * 6;
         f32 accelSrss[7] = {};
         f32 accelAbs[7] = {};
         for (int k = 1; k <= 6; ++k) {
             // Running sums rounded to single on every addition.
-            for (i16 m = first; m <= last; ++m) {
+            for (i32 m = first; m <= last; ++m) {
                 const f64 a = accel[m * stride + eq[k - 1]];
                 accelSrss[k] = StoreF32(accelSrss[k] + a * a);
                 accelAbs[k] = StoreF32(accelAbs[k] + std::fabs(a));
             }
             accelSrss[k] = StoreF32(Sqrt(accelSrss[k]));
         }
-        out.Item(PrintItem(n)).Tab(6).Item("SRSS").Tab(12);
+        out.Item(PrintItem(i16(n))).Tab(6).Item("SRSS").Tab(12);
         for (int k = 1; k <= 6; ++k) out.Item(FormatField(accelSrss[k], "0.000E-00", 11));
         // The SRSS line has no line end of its own: Tab(6) moves to the next.
         out.Tab(6).Item("ABS").Tab(12);
@@ -225,14 +225,14 @@ void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const
     file.Write(head.data(), head.size());
 
     std::vector<unsigned char> table;
-    for (i16 m = tableFirst; m <= tableLast; ++m) {
+    for (i32 m = tableFirst; m <= tableLast; ++m) {
         PutF32(table, s.Freq.Omega(m));
         PutF32(table, s.ModalDamping(m));
     }
     file.Write(table.data(), table.size());
 
     std::vector<unsigned char> block = BlockWithEquations(eqs);
-    for (i16 m = first; m <= last; ++m) {
+    for (i32 m = first; m <= last; ++m) {
         // The displacements of mode m; a freedom without an equation has none.
         const f32* shape = &s.Freq.ModeShape(0, m);
         const f64 scale = scales[std::size_t(m)];
