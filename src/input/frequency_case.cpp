@@ -125,7 +125,7 @@ void ReadShapeBlock(RunState& state, BinaryFile& file, std::int64_t caseNodes) {
     std::vector<unsigned char> block(static_cast<std::size_t>(pairs * kPairLength));
     for (i32 m = 1; m <= f.NumModes; ++m) {
         ReadExactly(file, block.data(), pairs * kPairLength, "shape block");
-        f32* column = &f.ModeShape(0, m);
+        f32* column = f.ModeShape.Column(m, lastEquation);
         std::uint32_t peak = 0;
         for (std::int64_t k = 0; k < pairs; ++k) {
             // The equation comes first, and its value goes to the slot that

@@ -92,10 +92,8 @@ std::vector<f64> ResponseScales(RunState& s, i16 d, i16 modes) {
 void FillModalAccel(RunState& s, const std::vector<f64>& scale, i16 modes) {
     const i32 dof = s.Freq.NumDof;
     for (i32 m = 1; m <= modes; ++m) {
-        const f32* shape = &s.Freq.ModeShape(0, m);
-        f32* accel = &s.ModalAccel(0, m);
-        (void)s.Freq.ModeShape(dof, m);
-        (void)s.ModalAccel(dof, m);
+        const f32* shape = s.Freq.ModeShape.Column(m, dof);
+        f32* accel = s.ModalAccel.Column(m, dof);
         const f64 omega = s.Freq.Omega(m);
         for (i32 e = 1; e <= dof; ++e)
             accel[e] = RoundToSingle(scale[std::size_t(m)] * shape[e] * omega * omega);
@@ -234,7 +232,7 @@ void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const
     std::vector<unsigned char> block = BlockWithEquations(eqs);
     for (i32 m = first; m <= last; ++m) {
         // The displacements of mode m; a freedom without an equation has none.
-        const f32* shape = &s.Freq.ModeShape(0, m);
+        const f32* shape = s.Freq.ModeShape.Column(m, s.Freq.NumDof);
         const f64 scale = scales[std::size_t(m)];
         WriteBlock(file, block, eqs,
                    [&](i32 eq) { return eq == 0 ? 0.0f : RoundToSingle(scale * shape[eq]); });

@@ -50,8 +50,7 @@ bool SumParticipationSideBySide(RunState& s, const std::vector<f64>& w, i32 m, i
     for (i32 k = 0; k < kSideBySide; ++k) {
         // A short group works its last mode in the spare lanes.
         const i32 mode = m + std::min(k, count - 1);
-        phi[k] = &s.Freq.ModeShape(0, mode);
-        (void)s.Freq.ModeShape(dof, mode);
+        phi[k] = s.Freq.ModeShape.Column(mode, dof);
     }
     f32 sum[kSideBySide] = {};
     for (i32 i = 1; i <= dof; ++i) {
@@ -99,8 +98,7 @@ f32 SumResidualMassByColumns(RunState& s, const std::vector<f64>& w) {
     f32* work = s.ResidualWork.Data();
     std::fill(reached + 1, reached + dof + 1, 0.0f);
     for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
-        const f32* phi = &s.Freq.ModeShape(0, m);
-        (void)s.Freq.ModeShape(dof, m);
+        const f32* phi = s.Freq.ModeShape.Column(m, dof);
         for (i32 i = 1; i <= dof; ++i) {
             work[i] = RoundToSingle(w[std::size_t(i)] * phi[i]);
             reached[i] = RoundToSingle(f64(work[i]) * work[i] + reached[i]);

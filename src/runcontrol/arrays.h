@@ -79,6 +79,17 @@ public:
     T& operator()(std::int64_t i, std::int64_t j) { return data_.get()[Slot(i, j)]; }
     const T& operator()(std::int64_t i, std::int64_t j) const { return data_.get()[Slot(i, j)]; }
 
+    // Slots 0..last of column j, which lie side by side since the first
+    // index is the fast one: checked once, for loops that run down them.
+    T* Column(std::int64_t j, std::int64_t last) {
+        (void)Slot(last, j);
+        return data_.get() + Slot(0, j);
+    }
+    const T* Column(std::int64_t j, std::int64_t last) const {
+        (void)Slot(last, j);
+        return data_.get() + Slot(0, j);
+    }
+
     std::int64_t Upper1() const { return upper1_; }
     std::int64_t Upper2() const { return upper2_; }
     T* Data() { return data_.get(); }
