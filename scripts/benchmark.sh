@@ -68,7 +68,7 @@ io_counts() { awk '/^rchar:/ { r = $2 } /^wchar:/ { w = $2 } END { print r, w }'
 elapsed() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.3f", b - a }'; }
 
 # A model directory laid out as the suite's Files1, with its own settings
-# file and a casepost that ends at once.
+# file and a stand-in casepost.
 write_model() {
   local dir="$1"; shift
   rm -rf "$dir"
@@ -146,10 +146,8 @@ measure() {
   done
   rm -f "$work/floor.out"
   # The fastest floor, with the read and write times of that try.
-  local fastest=0 k
-  for k in "${!floors[@]}"; do
-    awk -v a="${floors[k]}" -v b="${floors[fastest]}" 'BEGIN { exit !(a < b) }' && fastest=$k
-  done
+  local fastest
+  fastest=$(printf '%s\n' "${floors[@]}" | awk 'NR == 1 || $1 < least { least = $1; at = NR - 1 } END { print at }')
   local wall peak case_bytes
   wall=$(median "${walls[@]}")
   peak=$(maximum "${rss[@]}")
