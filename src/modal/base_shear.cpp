@@ -40,16 +40,25 @@ struct DampingRoot {
     }
 };
 
-// Modal correlation of the complete quadratic combination, after Der
-// Kiureghian (1981), for the frequency ratio r = omega(j) / omega(i). Modes
-// of exactly equal frequency are fully correlated, whatever their damping.
+// The two parts of the modal correlation of the complete quadratic
+// combination, after Der Kiureghian (1981), for the frequency ratio
+// r = omega(j) / omega(i): the numerator 8 (zeta_j zeta_i)^0.5 (zeta_j r +
+// zeta_i) r^1.5, given the two powers, and the denominator.
+inline f64 CqcNumerator(f64 root, f64 zi, f64 zj, f64 r, f64 rPower) {
+    return 8 * root * (zj * r + zi) * rPower;
+}
+inline f64 CqcDenominator(f64 zi, f64 zj, f64 r) {
+    const f64 t = 1 - r * r;
+    return t * t + (1 + r * r) * 4 * zi * zj * r + 4 * (zi * zi + zj * zj) * (r * r);
+}
+
+// The modal correlation. Modes of exactly equal frequency are fully
+// correlated, whatever their damping.
 f32 CqcCorrelation(f64 zi, f64 zj, f32 r, DampingRoot& dampingRoot) {
     if (r == 1.0f) return 1.0f;
     const f64 rr = r;
-    const f32 n = StoreF32(8 * dampingRoot.Of(zj, zi) * (zj * rr + zi) * Pow(rr, 1.5));
-    const f64 t = 1 - rr * rr;
-    const f64 den = t * t + (1 + rr * rr) * 4 * zi * zj * rr + 4 * (zi * zi + zj * zj) * (rr * rr);
-    const f32 rho = StoreF32(Div(n, den));
+    const f32 n = StoreF32(CqcNumerator(dampingRoot.Of(zj, zi), zi, zj, rr, Pow(rr, 1.5)));
+    const f32 rho = StoreF32(Div(n, CqcDenominator(zi, zj, rr)));
     return rho > 1.0f ? 1.0f : rho;
 }
 
@@ -85,9 +94,8 @@ bool CqcRowTerms(const f32* omega, const f32* zeta, const f32* shear, i32 first,
         const f64 q = omega[k] / wi;
         const f32 r = RoundToSingle(q);
         const f64 rr = r, zj = zeta[k];
-        const f64 nx = 8 * std::sqrt(zj * zi) * (zj * rr + zi) * (rr * std::sqrt(rr));
-        const f64 t = 1 - rr * rr;
-        const f64 den = t * t + (1 + rr * rr) * 4 * zi * zj * rr + 4 * (zi * zi + zj * zj) * (rr * rr);
+        const f64 nx = CqcNumerator(std::sqrt(zj * zi), zi, zj, rr, rr * std::sqrt(rr));
+        const f64 den = CqcDenominator(zi, zj, rr);
         const f64 ratio = f64(RoundToSingle(nx)) / den;
         const f32 stored = RoundToSingle(ratio);
         const bool equal = r == 1.0f;
@@ -104,10 +112,8 @@ bool CqcRowTerms(const f32* omega, const f32* zeta, const f32* shear, i32 first,
         const f32 r = RoundToSingle(omega[k] / wi);
         if (r == 1.0f) continue;
         const f64 rr = r, zj = zeta[k];
-        const f64 nx = 8 * dampingRoot.Of(zj, zi) * (zj * rr + zi) * std::pow(rr, 1.5);
-        const f64 t = 1 - rr * rr;
-        const f64 den = t * t + (1 + rr * rr) * 4 * zi * zj * rr + 4 * (zi * zi + zj * zj) * (rr * rr);
-        const f32 stored = RoundToSingle(f64(RoundToSingle(nx)) / den);
+        const f64 nx = CqcNumerator(dampingRoot.Of(zj, zi), zi, zj, rr, std::pow(rr, 1.5));
+        const f32 stored = RoundToSingle(f64(RoundToSingle(nx)) / CqcDenominator(zi, zj, rr));
         terms[k] = (stored > 1.0f ? 1.0f : stored) * ai * shear[k];
     }
     return true;
