@@ -82,7 +82,7 @@ f32 PlainDoubleSum(const RunState& s, int method) {
     return total;
 }
 
-TEST(BaseShear, DoubleSumsOnSeveralThreadsKeepTheBitsOfThePlainLoop) {
+TEST(DoubleSumRows, DoubleSumsOnSeveralThreadsKeepTheBitsOfThePlainLoop) {
     for (const int method : {1, 3}) {
         for (const unsigned seed : {1u, 2u}) {
             RunState s;
@@ -98,7 +98,7 @@ TEST(BaseShear, DoubleSumsOnSeveralThreadsKeepTheBitsOfThePlainLoop) {
     }
 }
 
-TEST(BaseShear, AFaultInARowIsTheOneTheRowOrderMeetsFirst) {
+TEST(DoubleSumRows, AFaultInARowIsTheOneTheRowOrderMeetsFirst) {
     for (const int threads : {1, 3}) {
         ThreadCount count(threads);
         RunState s;
