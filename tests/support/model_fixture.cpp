@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "runcontrol/analysis_driver.h"
+#include "runcontrol/startup.h"
 #include "support/frequency_case_fixture.h"
 
 namespace tremodal::testing {
@@ -97,6 +99,29 @@ int RunTreModalIn(const std::string& dir, const std::string& commandLine) {
     return RunCommand(command);
 }
 
+
+void SetOptionsLine(const std::string& path, const std::string& label, const std::string& line) {
+    std::string text = ReadFile(path);
+    const std::size_t at = text.find("\r\n" + label);
+    if (at == std::string::npos) throw std::runtime_error("no options line " + label);
+    const std::size_t end = text.find("\r\n", at + 2);
+    text.replace(at + 2, end - at - 2, line);
+    WriteFile(path, text);
+}
+
+InProcessRun::InProcessRun(const std::string& dir, const std::string& commandLine) {
+    host.Files1 = dir;
+    host.Files2 = dir + "/bin";
+    state.Ui = &host;
+    if (Main(state, commandLine) != StartOutcome::BatchWaiting) {
+        throw std::runtime_error("start-up failed: " + (host.Messages.empty() ? "" : host.Messages.back()));
+    }
+}
+
+void InProcessRun::Analyze() {
+    state.List1.clear();
+    AnalyzeResponse(state);
+}
 
 void ModelFixture::WriteStandInCasepost() const { WriteStandInCasepostIn(dir.Path()); }
 

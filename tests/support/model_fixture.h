@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "runcontrol/run_state.h"
 #include "support/test_support.h"
 
 namespace tremodal::testing {
@@ -19,6 +20,23 @@ extern const char* const kFreshOptionsFile;
 std::string WriteSettingsIn(const std::string& dir);
 void WriteStandInCasepostIn(const std::string& dir);
 int RunTreModalIn(const std::string& dir, const std::string& commandLine);
+
+// Replaces the one line of an options file that starts with `label`.
+void SetOptionsLine(const std::string& path, const std::string& label, const std::string& line);
+
+// A batch run inside the test's own process, for what only the dialog can
+// switch on (the base shear block, the accelerations file): the start-up on
+// the model that dir/MODEL.NAM names reads the options and runs the analysis
+// once, and the state then stays for further runs with changed options.
+struct InProcessRun {
+    FakeHost host;
+    RunState state;
+
+    InProcessRun(const std::string& dir, const std::string& commandLine);
+    // Runs the analysis again on the options as they stand, the report
+    // cleared first as the dialog clears it.
+    void Analyze();
+};
 
 struct ModelFixture {
     TempDir dir;
