@@ -66,7 +66,9 @@ FrequencyCaseData TwoNodeCase() {
     return c;
 }
 
-void Patch(std::string& bytes, std::size_t at, const std::string& with) { bytes.replace(at, with.size(), with); }
+void Patch(std::string& bytes, std::size_t at, const std::string& with) {
+    bytes.replace(at, with.size(), with);
+}
 
 TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
     {
@@ -116,9 +118,17 @@ TEST(FrequencyCase, FileEndingInAnySectionIsInputPastEnd) {
     // Header, eigenvalues, shape block, mass form, mass count, masses; the
     // discarded word and the last term of the square block.
     const std::pair<const std::string*, std::size_t> cuts[] = {
-        {&lumpedBytes, 0},   {&lumpedBytes, 39},  {&lumpedBytes, 63},  {&lumpedBytes, 64},
-        {&lumpedBytes, 351}, {&lumpedBytes, 355}, {&lumpedBytes, 359}, {&lumpedBytes, lumpedBytes.size() - 1},
-        {&squareBytes, 357}, {&squareBytes, 360}, {&squareBytes, squareBytes.size() - 1},
+        {&lumpedBytes, 0},
+        {&lumpedBytes, 39},
+        {&lumpedBytes, 63},
+        {&lumpedBytes, 64},
+        {&lumpedBytes, 351},
+        {&lumpedBytes, 355},
+        {&lumpedBytes, 359},
+        {&lumpedBytes, lumpedBytes.size() - 1},
+        {&squareBytes, 357},
+        {&squareBytes, 360},
+        {&squareBytes, squareBytes.size() - 1},
     };
     for (const auto& [bytes, length] : cuts) {
         CaseFixture f;
@@ -144,9 +154,7 @@ TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
         {1, 2000000000, 1, kInputPastEnd},  // more equations than freedoms
         {1, 6, 2000000000, kInputPastEnd},  // eigenvalues beyond the file
         {2000000000, 6, 1, kInputPastEnd},  // shape block beyond the file
-        {-1, 6, 1, kSubscriptOutOfRange},
-        {1, -6, 1, kSubscriptOutOfRange},
-        {1, 6, -1, kSubscriptOutOfRange},
+        {-1, 6, 1, kSubscriptOutOfRange},  {1, -6, 1, kSubscriptOutOfRange}, {1, 6, -1, kSubscriptOutOfRange},
         {5, 6, 1, kInputPastEnd},  // five node blocks cannot stand in 56 bytes
     };
     for (const Header& h : headers) {
@@ -162,8 +170,8 @@ TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
     {
         // No mode in use: the equations are bounded by the model's freedoms.
         CaseFixture f;
-        f.Write(BytesI32(0) + BytesI32(13) + BytesI32(1) + std::string(28, '\0') + BytesF64(0) +
-                BytesI32(1) + BytesI32(0));
+        f.Write(BytesI32(0) + BytesI32(13) + BytesI32(1) + std::string(28, '\0') + BytesF64(0) + BytesI32(1) +
+                BytesI32(0));
         EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), kInputPastEnd);
         EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
     }

@@ -26,7 +26,7 @@ TEST(ModalDamping, PairsInAnyOrderUntilMinusOneAModeAboveTheCaseOrTheEnd) {
     testing::WriteStandInCasepostIn(dir.Path());
 
     const struct {
-        const char* file;  // nullptr: no file at all
+        const char* file;            // nullptr: no file at all
         std::map<int, float> named;  // modes that do not keep 0.05
     } cases[] = {
         {nullptr, {}},

@@ -2,13 +2,14 @@
 // lines put the factor as a print item and the on/off switch at the next
 // print zone (columns 1, 15, 29, ...), so a factor whose print item fills a
 // whole zone pushes the switch on to column 29.
+#include "input/options_file.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "input/options_file.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {
@@ -47,13 +48,31 @@ TEST(OptionsFile, DirectionSwitchesStandAtTheNextPrintZone) {
     } directions[] = {
         // 14 characters from column 1 end at column 14: the line stands at
         // column 15, a zone start, and the comma moves on to column 29.
-        {-1.234568e-7f, 1, "-1.234568E-07 " "              " " 1 "},
-        {1.234568e-7f, 0, " 1.234568E-07 " "              " " 0 "},
-        {12345678.0f, 0, " 1.234568E+07 " "              " " 0 "},
+        {-1.234568e-7f, 1,
+         "-1.234568E-07 "
+         "              "
+         " 1 "},
+        {1.234568e-7f, 0,
+         " 1.234568E-07 "
+         "              "
+         " 0 "},
+        {12345678.0f, 0,
+         " 1.234568E+07 "
+         "              "
+         " 0 "},
         // 13 characters: the comma goes to column 15.
-        {-1.23457e-7f, 1, "-1.23457E-07 " " " " 1 "},
-        {0.5f, 1, " 0.5 " "         " " 1 "},
-        {0.002125f, 0, " 0.002125 " "    " " 0 "},
+        {-1.23457e-7f, 1,
+         "-1.23457E-07 "
+         " "
+         " 1 "},
+        {0.5f, 1,
+         " 0.5 "
+         "         "
+         " 1 "},
+        {0.002125f, 0,
+         " 0.002125 "
+         "    "
+         " 0 "},
     };
     for (int d = 1; d <= 6; ++d) {
         s.Options.DirFactor(d) = directions[d - 1].factor;
@@ -63,7 +82,8 @@ TEST(OptionsFile, DirectionSwitchesStandAtTheNextPrintZone) {
     const std::vector<std::string> lines = CrLfLines(ReadFile(s.Options.OptionsFile));
     ASSERT_EQ(lines.size(), 24u);
     EXPECT_EQ(lines[9], "Dir Factors   On/Off");
-    for (int d = 1; d <= 6; ++d) EXPECT_EQ(lines[std::size_t(9 + d)], directions[d - 1].line) << "direction " << d;
+    for (int d = 1; d <= 6; ++d)
+        EXPECT_EQ(lines[std::size_t(9 + d)], directions[d - 1].line) << "direction " << d;
     EXPECT_EQ(lines[16], "Subsoil Shear Wave veleocity           , 400");
 }
 

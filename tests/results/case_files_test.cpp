@@ -20,8 +20,8 @@ using testing::WriteFile;
 
 void WriteBuilding(const TempDir& dir, int storeys) {
     ASSERT_EQ(testing::RunCommand(std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() +
-                                  "' --name-file --directions 1 --comb SRSS --storeys " + std::to_string(storeys) +
-                                  " > /dev/null"),
+                                  "' --name-file --directions 1 --comb SRSS --storeys " +
+                                  std::to_string(storeys) + " > /dev/null"),
               0);
 }
 
@@ -35,7 +35,8 @@ TEST(CaseFiles, ARunOnASmallerModelLeavesNoTailOfTheOlderCase) {
     EXPECT_EQ(ReadFile(dir.File("SHEAR.220")).size(), 3u * 55 + 8 + 16 + 8 * 2);
 
     // What an earlier solve left under case 20, and a case beside it.
-    for (const char* suffix : {".R20", ".$20", ".#20", ".121"}) WriteFile(dir.File(std::string("SHEAR") + suffix), "old");
+    for (const char* suffix : {".R20", ".$20", ".#20", ".121"})
+        WriteFile(dir.File(std::string("SHEAR") + suffix), "old");
     WriteBuilding(dir, 3);
     ASSERT_EQ(testing::RunTreModalIn(dir.Path(), "1/20/"), 0);
 

@@ -21,7 +21,6 @@ const char* const kSizeFile =
     "t1\r\nt2\r\nt3\r\nt4\r\nt5\r\nt6\r\nt7\r\n"
     "1\r\n";
 
-
 }  // namespace
 
 const char* const kFreshOptionsFile =
@@ -93,12 +92,11 @@ int RunTreModalIn(const std::string& dir, const std::string& commandLine) {
     const char* binary = TREMODAL_BIN;
     const std::string config = WriteSettingsIn(dir);
     // No screen: message boxes must go to standard error and never wait.
-    const std::string command = "cd '" + dir + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" + config +
-                                "' timeout 60 '" + binary + "' " + commandLine + " 2> '" + dir +
+    const std::string command = "cd '" + dir + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" +
+                                config + "' timeout 60 '" + binary + "' " + commandLine + " 2> '" + dir +
                                 "/stderr.txt' < /dev/null";
     return RunCommand(command);
 }
-
 
 void SetOptionsLine(const std::string& path, const std::string& label, const std::string& line) {
     std::string text = ReadFile(path);

@@ -1,7 +1,5 @@
 #include "support/test_support.h"
 
-#include "runcontrol/failure.h"
-
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -9,6 +7,8 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+
+#include "runcontrol/failure.h"
 
 namespace tremodal::testing {
 
@@ -70,15 +70,16 @@ std::string ExponentText(double value) {
         ++exponent;
     }
     char text[32];
-    std::snprintf(text, sizeof text, "%s%lld.%03lldE%s%02d", value < 0 ? "-" : "", digits / 1000, digits % 1000,
-                  exponent < 0 ? "-" : "", std::abs(exponent));
+    std::snprintf(text, sizeof text, "%s%lld.%03lldE%s%02d", value < 0 ? "-" : "", digits / 1000,
+                  digits % 1000, exponent < 0 ? "-" : "", std::abs(exponent));
     return text;
 }
 
 std::string ThreeDecimalsText(double value) {
     const long long thousandths = RoundClearOfHalf(std::fabs(value) * 1000);
     char text[40];
-    std::snprintf(text, sizeof text, "%s%lld.%03lld", value < 0 ? "-" : "", thousandths / 1000, thousandths % 1000);
+    std::snprintf(text, sizeof text, "%s%lld.%03lld", value < 0 ? "-" : "", thousandths / 1000,
+                  thousandths % 1000);
     return text;
 }
 
