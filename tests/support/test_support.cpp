@@ -69,7 +69,7 @@ std::string ExponentText(double value) {
         digits /= 10;
         ++exponent;
     }
-    char text[32];
+    char text[64];
     std::snprintf(text, sizeof text, "%s%lld.%03lldE%s%02d", value < 0 ? "-" : "", digits / 1000,
                   digits % 1000, exponent < 0 ? "-" : "", std::abs(exponent));
     return text;
