@@ -9,7 +9,6 @@
 #include <limits>
 #include <string>
 
-#include "support/frequency_case_fixture.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {
@@ -18,19 +17,6 @@ namespace {
 using testing::ModelFixture;
 using testing::ReadFile;
 using testing::WriteFile;
-
-// The frame of the fixture: two modes, unit lumped masses.
-testing::FrequencyCaseData FrameCase() {
-    testing::FrequencyCaseData c;
-    c.CaseNodes = 4;
-    c.NumDof = 6;
-    c.DirMass = {3, 3, 3, 0, 0, 0};
-    c.Eigenvalues = {100, 400};
-    c.NodeDof = {{0, 0, 0, 0, 0, 0}, {1, 0, 2, 0, 0, 0}, {3, 0, 4, 0, 0, 0}, {5, 0, 6, 0, 0, 0}};
-    c.Shapes = {{0, 0.25f, 0, 0.5f, 0, 0.75f, 0}, {0, 0, 0.3f, 0, 0.6f, 0, -0.4f}};
-    c.Masses = {1, 1, 1, 1, 1, 1};
-    return c;
-}
 
 std::string LogLine(int number) {
     return "TREMODAL  E " + std::to_string(number) +
@@ -80,7 +66,7 @@ TEST(NumericFailure, TheLogNamesTheFaultByItsNumber) {
         SCOPED_TRACE(c.what);
         ModelFixture f;
         f.WriteStandInCasepost();
-        testing::FrequencyCaseData data = FrameCase();
+        testing::FrequencyCaseData data = testing::FrameFrequencyCase();
         c.damage(f, data);
         WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(data));
         EXPECT_EQ(f.RunTreModal("3/7/"), 1);

@@ -7,7 +7,6 @@
 
 #include <string>
 
-#include "support/frequency_case_fixture.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {
@@ -24,12 +23,8 @@ TEST(ResidualMass, EachModesShareIsASingleBeforeItIsSquared) {
     // The z equations have unit masses and lie across the x motion.
     ModelFixture f;
     f.WriteStandInCasepost();
-    testing::FrequencyCaseData c;
-    c.CaseNodes = 4;
-    c.NumDof = 6;
-    c.DirMass = {7, 0, 3, 0, 0, 0};
+    testing::FrequencyCaseData c = testing::FrameFrequencyCase();
     c.Eigenvalues = {100};
-    c.NodeDof = {{0, 0, 0, 0, 0, 0}, {1, 0, 2, 0, 0, 0}, {3, 0, 4, 0, 0, 0}, {5, 0, 6, 0, 0, 0}};
     c.Shapes = {{0, 0.4472f, 0, 0, 0, 0, 0}};
     c.Masses = {5, 1, 1, 1, 1, 1};
     // A flat curve of 2 whose first point gives the ZPA (at a period above

@@ -8,7 +8,6 @@
 #include <cmath>
 #include <string>
 
-#include "support/frequency_case_fixture.h"
 #include "support/model_fixture.h"
 #include "tools/shear_building.h"
 
@@ -114,16 +113,13 @@ TEST(AccelFile, ModeNumbersFrom1000OnBreakTheirLines) {
     // moves, 0.25 at node 2 in x, so that its Gamma is 0.25 and its
     // acceleration there 9.81 x 0.25 x 0.25 = 0.613125.
     ModelFixture f;
-    testing::FrequencyCaseData c;
-    c.CaseNodes = 4;
-    c.NumDof = 6;
-    c.DirMass = {3, 3, 3, 0, 0, 0};
-    c.NodeDof = {{0, 0, 0, 0, 0, 0}, {1, 0, 2, 0, 0, 0}, {3, 0, 4, 0, 0, 0}, {5, 0, 6, 0, 0, 0}};
+    testing::FrequencyCaseData c = testing::FrameFrequencyCase();
+    c.Eigenvalues.clear();
+    c.Shapes.clear();
     for (int m = 1; m <= 1000; ++m) {
         c.Eigenvalues.push_back(100.0 + m);
         c.Shapes.push_back({0, m == 1000 ? 0.25f : 0.0f, 0, 0, 0, 0, 0});
     }
-    c.Masses = {1, 1, 1, 1, 1, 1};
     testing::WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(c));
     InProcessRun run(f.dir.Path(), "3/7/");
     run.state.Options.CreateAccelFile = 1;

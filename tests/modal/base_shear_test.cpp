@@ -10,7 +10,6 @@
 #include <string>
 
 #include "input/options_file.h"
-#include "support/frequency_case_fixture.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {
@@ -34,14 +33,9 @@ constexpr double kDuration = 10;
 // Frame nodes 2 to 4 carry x in equations 1, 3, 5 (unit masses); an x motion
 // moves these by 1, so Gamma is the sum of a mode's x values.
 void WriteThreeModeModel(const ModelFixture& f) {
-    testing::FrequencyCaseData c;
-    c.CaseNodes = 4;
-    c.NumDof = 6;
-    c.DirMass = {3, 3, 3, 0, 0, 0};
+    testing::FrequencyCaseData c = testing::FrameFrequencyCase();
     c.Eigenvalues = {81, 100, 400};
-    c.NodeDof = {{0, 0, 0, 0, 0, 0}, {1, 0, 2, 0, 0, 0}, {3, 0, 4, 0, 0, 0}, {5, 0, 6, 0, 0, 0}};
     c.Shapes = {{0, 0.5f, 0, 0, 0, 0, 0}, {0, 0.25f, 0, 0.5f, 0, 0, 0}, {0, 0, 0, 0, 0, 1, 0}};
-    c.Masses = {1, 1, 1, 1, 1, 1};
     WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(c));
     WriteFile(f.File(".URS1"), "0,1\r\n0.5,1\r\n0.6,-2\r\n10,-2\r\n-1\r\n");
 }

@@ -62,7 +62,7 @@ ModelFixture::ModelFixture() : modelPath(dir.File("FRAME")) {
     WriteFile(File(".URS1"), "0,1\r\n10,1\r\n-1\r\n");
 }
 
-void ModelFixture::WriteFrequencyCase() const {
+FrequencyCaseData FrameFrequencyCase() {
     FrequencyCaseData c;
     c.CaseNodes = 4;
     c.NumDof = 6;
@@ -72,7 +72,11 @@ void ModelFixture::WriteFrequencyCase() const {
     c.Shapes = {{0, 0.25f, 0, 0.5f, 0, 0.75f, 0}, {0, 0, 0.3f, 0, 0.6f, 0, -0.4f}};
     c.MassForm = 1;
     c.Masses = {1, 1, 1, 1, 1, 1};
-    WriteFile(File(".H1"), FrequencyCaseBytes(c));
+    return c;
+}
+
+void ModelFixture::WriteFrequencyCase() const {
+    WriteFile(File(".H1"), FrequencyCaseBytes(FrameFrequencyCase()));
 }
 
 std::string WriteSettingsIn(const std::string& dir) {

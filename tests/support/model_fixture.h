@@ -6,6 +6,7 @@
 #include <string>
 
 #include "runcontrol/run_state.h"
+#include "support/frequency_case_fixture.h"
 #include "support/test_support.h"
 
 namespace tremodal::testing {
@@ -20,6 +21,12 @@ extern const char* const kFreshOptionsFile;
 std::string WriteSettingsIn(const std::string& dir);
 void WriteStandInCasepostIn(const std::string& dir);
 int RunTreModalIn(const std::string& dir, const std::string& commandLine);
+
+// The frequency case of the fixture's frame: nodes 2 to 4 carry x in
+// equations 1, 3, 5 and z in 2, 4, 6, all of unit lumped mass; node 1 is the
+// restrained base. Mode 1 (eigenvalue 100) sways x with 0.25, 0.5, 0.75,
+// mode 2 (400) z with 0.3, 0.6, -0.4.
+FrequencyCaseData FrameFrequencyCase();
 
 // Replaces the one line of an options file that starts with `label`.
 void SetOptionsLine(const std::string& path, const std::string& label, const std::string& line);
