@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "runcontrol/analysis_driver.h"
+#include "runcontrol/startup.h"
 #include "support/frequency_case_fixture.h"
 
 namespace tremodal::testing {
@@ -18,7 +20,6 @@ const char* const kSizeFile =
     "5,0,4,0\r\n"
     "t1\r\nt2\r\nt3\r\nt4\r\nt5\r\nt6\r\nt7\r\n"
     "1\r\n";
-
 
 }  // namespace
 
@@ -61,7 +62,7 @@ ModelFixture::ModelFixture() : modelPath(dir.File("FRAME")) {
     WriteFile(File(".URS1"), "0,1\r\n10,1\r\n-1\r\n");
 }
 
-void ModelFixture::WriteFrequencyCase() const {
+FrequencyCaseData FrameFrequencyCase() {
     FrequencyCaseData c;
     c.CaseNodes = 4;
     c.NumDof = 6;
@@ -71,7 +72,11 @@ void ModelFixture::WriteFrequencyCase() const {
     c.Shapes = {{0, 0.25f, 0, 0.5f, 0, 0.75f, 0}, {0, 0, 0.3f, 0, 0.6f, 0, -0.4f}};
     c.MassForm = 1;
     c.Masses = {1, 1, 1, 1, 1, 1};
-    WriteFile(File(".H1"), FrequencyCaseBytes(c));
+    return c;
+}
+
+void ModelFixture::WriteFrequencyCase() const {
+    WriteFile(File(".H1"), FrequencyCaseBytes(FrameFrequencyCase()));
 }
 
 std::string WriteSettingsIn(const std::string& dir) {
@@ -91,12 +96,34 @@ int RunTreModalIn(const std::string& dir, const std::string& commandLine) {
     const char* binary = TREMODAL_BIN;
     const std::string config = WriteSettingsIn(dir);
     // No screen: message boxes must go to standard error and never wait.
-    const std::string command = "cd '" + dir + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" + config +
-                                "' timeout 60 '" + binary + "' " + commandLine + " 2> '" + dir +
+    const std::string command = "cd '" + dir + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" +
+                                config + "' timeout 60 '" + binary + "' " + commandLine + " 2> '" + dir +
                                 "/stderr.txt' < /dev/null";
     return RunCommand(command);
 }
 
+void SetOptionsLine(const std::string& path, const std::string& label, const std::string& line) {
+    std::string text = ReadFile(path);
+    const std::size_t at = text.find("\r\n" + label);
+    if (at == std::string::npos) throw std::runtime_error("no options line " + label);
+    const std::size_t end = text.find("\r\n", at + 2);
+    text.replace(at + 2, end - at - 2, line);
+    WriteFile(path, text);
+}
+
+InProcessRun::InProcessRun(const std::string& dir, const std::string& commandLine) {
+    host.Files1 = dir;
+    host.Files2 = dir + "/bin";
+    state.Ui = &host;
+    if (Main(state, commandLine) != StartOutcome::BatchWaiting) {
+        throw std::runtime_error("start-up failed: " + (host.Messages.empty() ? "" : host.Messages.back()));
+    }
+}
+
+void InProcessRun::Analyze() {
+    state.List1.clear();
+    AnalyzeResponse(state);
+}
 
 void ModelFixture::WriteStandInCasepost() const { WriteStandInCasepostIn(dir.Path()); }
 

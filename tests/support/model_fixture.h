@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "runcontrol/run_state.h"
+#include "support/frequency_case_fixture.h"
 #include "support/test_support.h"
 
 namespace tremodal::testing {
@@ -19,6 +21,29 @@ extern const char* const kFreshOptionsFile;
 std::string WriteSettingsIn(const std::string& dir);
 void WriteStandInCasepostIn(const std::string& dir);
 int RunTreModalIn(const std::string& dir, const std::string& commandLine);
+
+// The frequency case of the fixture's frame: nodes 2 to 4 carry x in
+// equations 1, 3, 5 and z in 2, 4, 6, all of unit lumped mass; node 1 is the
+// restrained base. Mode 1 (eigenvalue 100) sways x with 0.25, 0.5, 0.75,
+// mode 2 (400) z with 0.3, 0.6, -0.4.
+FrequencyCaseData FrameFrequencyCase();
+
+// Replaces the one line of an options file that starts with `label`.
+void SetOptionsLine(const std::string& path, const std::string& label, const std::string& line);
+
+// A batch run inside the test's own process, for what only the dialog can
+// switch on (the base shear block, the accelerations file): the start-up on
+// the model that dir/MODEL.NAM names reads the options and runs the analysis
+// once, and the state then stays for further runs with changed options.
+struct InProcessRun {
+    FakeHost host;
+    RunState state;
+
+    InProcessRun(const std::string& dir, const std::string& commandLine);
+    // Runs the analysis again on the options as they stand, the report
+    // cleared first as the dialog clears it.
+    void Analyze();
+};
 
 struct ModelFixture {
     TempDir dir;

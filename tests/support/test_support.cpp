@@ -1,12 +1,14 @@
 #include "support/test_support.h"
 
-#include "runcontrol/failure.h"
-
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+
+#include "runcontrol/failure.h"
 
 namespace tremodal::testing {
 
@@ -43,6 +45,42 @@ int RunCommand(const std::string& command) {
     int status = std::system(command.c_str());
     if (status == -1 || !WIFEXITED(status)) return -1;
     return WEXITSTATUS(status);
+}
+
+namespace {
+
+// Rounds `scaled` half away from zero; refuses a value within a thousandth
+// of a unit of the half way point.
+long long RoundClearOfHalf(double scaled) {
+    const double whole = std::floor(scaled);
+    if (std::fabs(scaled - whole - 0.5) < 1e-3) {
+        throw std::runtime_error("figure too close to a rounding boundary: " + std::to_string(scaled));
+    }
+    return static_cast<long long>(scaled - whole >= 0.5 ? whole + 1 : whole);
+}
+
+}  // namespace
+
+std::string ExponentText(double value) {
+    if (value == 0) return "0.000E00";
+    int exponent = static_cast<int>(std::floor(std::log10(std::fabs(value))));
+    long long digits = RoundClearOfHalf(std::fabs(value) / std::pow(10.0, exponent) * 1000);
+    if (digits >= 10000) {
+        digits /= 10;
+        ++exponent;
+    }
+    char text[64];
+    std::snprintf(text, sizeof text, "%s%lld.%03lldE%s%02d", value < 0 ? "-" : "", digits / 1000,
+                  digits % 1000, exponent < 0 ? "-" : "", std::abs(exponent));
+    return text;
+}
+
+std::string ThreeDecimalsText(double value) {
+    const long long thousandths = RoundClearOfHalf(std::fabs(value) * 1000);
+    char text[40];
+    std::snprintf(text, sizeof text, "%s%lld.%03lld", value < 0 ? "-" : "", thousandths / 1000,
+                  thousandths % 1000);
+    return text;
 }
 
 int FailureOf(const std::function<void()>& operation) {

@@ -50,6 +50,16 @@ std::string BytesI32(std::int32_t v);
 std::string BytesF32(float v);
 std::string BytesF64(double v);
 
+// A figure worked out by a test in double, as the picture "0.000E-00" shows
+// it: four significant digits rounded half away from zero, "E", a minus sign
+// only for a negative exponent, two exponent digits ("-6.131E00",
+// "1.230E-02"). The figure must lie clear of a rounding boundary, so that the
+// last bits that single precision leaves open cannot change the text; one
+// that does not throws.
+std::string ExponentText(double value);
+// The same for the picture "0.000": three decimals.
+std::string ThreeDecimalsText(double value);
+
 class FakeHost : public Host {
 public:
     std::string ReadSetting(const std::string& application, const std::string& section,
