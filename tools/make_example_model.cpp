@@ -12,9 +12,9 @@
 //
 // Usage: make_example_model DIR [options]; the options are listed in kUsage.
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <bit>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -73,8 +73,15 @@ struct UsageError {
     std::string Text;
 };
 
+// --help: the usage on standard output, nothing written.
+struct HelpAsked {};
+
 const char* const kUsage =
     "usage: make_example_model DIR [options]\n"
+    "Writes a uniform shear building into DIR as the suite's tools leave a model: size file,\n"
+    "node coordinates, frequency case with its exact modes, a response spectrum curve and an\n"
+    "options set, ready for a batch run of TreModal.\n"
+    "  --help                this text\n"
     "  --name NAME           base name of the model files (SHEAR)\n"
     "  --storeys N           storeys, 1 to 32766 (5)\n"
     "  --nodes-per-floor P   columns side by side, (N + 1) P up to 32767 nodes (1)\n"
@@ -129,7 +136,8 @@ ExampleOptions ParseArguments(const std::vector<std::string>& args) {
     ShearBuilding& b = o.Building;
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
-        if (arg.rfind("--", 0) != 0) {
+        if (arg == "--help") throw HelpAsked{};
+        if (arg.rfind("-", 0) != 0) {
             if (!o.Dir.empty()) throw UsageError{"more than one directory: " + arg};
             o.Dir = arg;
             continue;
@@ -142,7 +150,10 @@ ExampleOptions ParseArguments(const std::vector<std::string>& args) {
             o.NameFile = true;
             continue;
         }
-        if (i + 1 >= args.size()) throw UsageError{arg + " needs a value"};
+        // An option where a value should stand means the value was left out;
+        // it must not become a model name or a number.
+        if (arg.rfind("--", 0) != 0) throw UsageError{"unknown option " + arg};
+        if (i + 1 >= args.size() || args[i + 1].rfind("--", 0) == 0) throw UsageError{arg + " needs a value"};
         const std::string& value = args[++i];
         if (arg == "--name") {
             if (value.empty() || value.find_first_of("/,\" ") != std::string::npos) {
@@ -489,8 +500,11 @@ int Run(const std::vector<std::string>& args) {
     ExampleOptions o;
     try {
         o = ParseArguments(args);
+    } catch (const HelpAsked&) {
+        std::cout << kUsage;
+        return 0;
     } catch (const UsageError& error) {
-        std::cerr << "make_example_model: " << error.Text << "\n" << kUsage;
+        std::cerr << "make_example_model: " << error.Text << "; see make_example_model --help\n";
         return 2;
     }
     try {
