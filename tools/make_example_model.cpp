@@ -77,7 +77,7 @@ struct UsageError {
 struct HelpAsked {};
 
 const char* const kUsage =
-    "usage: make_example_model DIR [options]\n"
+    "usage: %s DIR [options]\n"
     "Writes a uniform shear building into DIR as the suite's tools leave a model: size file,\n"
     "node coordinates, frequency case with its exact modes, a response spectrum curve and an\n"
     "options set, ready for a batch run of TreModal.\n"
@@ -496,15 +496,23 @@ void PrintSummary(const ExampleOptions& o, const std::string& modelPath,
     }
 }
 
-int Run(const std::vector<std::string>& args) {
+// The usage under the name the tool was started by: the build calls it
+// make_example_model, an install tremodal-example-model.
+std::string Usage(const std::string& program) {
+    std::string usage = kUsage;
+    const std::size_t at = usage.find("%s");
+    return usage.replace(at, 2, program);
+}
+
+int Run(const std::string& program, const std::vector<std::string>& args) {
     ExampleOptions o;
     try {
         o = ParseArguments(args);
     } catch (const HelpAsked&) {
-        std::cout << kUsage;
+        std::cout << Usage(program);
         return 0;
     } catch (const UsageError& error) {
-        std::cerr << "make_example_model: " << error.Text << "; see make_example_model --help\n";
+        std::cerr << program << ": " << error.Text << "; see " << program << " --help\n";
         return 2;
     }
     try {
@@ -523,11 +531,11 @@ int Run(const std::vector<std::string>& args) {
         if (o.NameFile) WriteNameFile(o, modelPath);
         PrintSummary(o, modelPath, modes, curve.size());
     } catch (const Failure& failure) {
-        std::cerr << "make_example_model: failure " << GeneralText(i32{failure.Number()}) << ": "
-                  << failure.what() << "\n";
+        std::cerr << program << ": failure " << GeneralText(i32{failure.Number()}) << ": " << failure.what()
+                  << "\n";
         return 1;
     } catch (const std::exception& error) {
-        std::cerr << "make_example_model: " << error.what() << "\n";
+        std::cerr << program << ": " << error.what() << "\n";
         return 1;
     }
     return 0;
@@ -538,5 +546,7 @@ int Run(const std::vector<std::string>& args) {
 
 int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
-    return tremodal::example::Run(args);
+    const std::string program =
+        argc > 0 ? std::filesystem::path(argv[0]).filename().string() : "make_example_model";
+    return tremodal::example::Run(program, args);
 }
