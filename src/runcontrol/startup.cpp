@@ -137,17 +137,22 @@ std::string LogLine(const RunState& state, const Failure& failure, int stage) {
            "; Model Or Data; Error - Check; Model & Re - Run; ";
 }
 
-// What failed, in plain words. A reader's failure names its file; a fault of
-// the arithmetic is told with the options set whose analysis met it.
+// What failed, in plain words. A reader's failure names its file; the node
+// count is the size file's; a fault of the arithmetic is told with the files
+// whose analysis met it.
 std::string PlainReason(const RunState& state, const Failure& failure, int stage) {
     const std::string what = failure.what();
-    const std::string& path = state.Model.ModelPath;
-    const bool namesModel = !path.empty() && what.find(path) != std::string::npos;
-    if (stage == kStageAnalysis && !namesModel) {
-        return "the analysis of " + state.Options.OptionsFile + ": " + what;
+    const ModelContext& m = state.Model;
+    if (!m.ModelPath.empty() && what.find(m.ModelPath) != std::string::npos) return what;
+    if (stage == kStageCoordinates) {
+        const std::string count = m.ModelPath + ".XSZ: the node count " + GeneralText(m.NumNodes);
+        if (failure.Number() == kOverflow) return count + " is more than 32,767";
+        if (failure.Number() == kSubscriptOutOfRange) return count + " is below 0";
+        return count + ": " + what;
     }
-    if (stage == kStageCoordinates && !namesModel) {
-        return path + ".XSZ: its node count " + GeneralText(state.Model.NumNodes) + ": " + what;
+    if (stage == kStageAnalysis) {
+        return "the analysis of " + m.ModelPath + ".H" + LTrim(state.Options.FreqCase) +
+               " with the options " + state.Options.OptionsFile + ": " + what;
     }
     return what;
 }

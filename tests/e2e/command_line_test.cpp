@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "support/frequency_case_fixture.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {
@@ -118,6 +119,19 @@ TEST(FailedBatchRun, StandardErrorHasTheLogLineThenTheFileAndWhatIsWrong) {
     WriteFile(f.File(".H1"), whole.substr(0, 8) + std::string("\x60\x09\0\0", 4) + whole.substr(12));
     expectRun("3/7/", {"TREMODAL  E 62 ; L;  102" + generic,
                        f.File(".H1") + ": ends at byte 496 where its header promises 19,240"});
+    // A frame without mass: the arithmetic fails, told with the files it
+    // worked on.
+    testing::FrequencyCaseData massless;
+    massless.CaseNodes = 4;
+    massless.NumDof = 6;
+    massless.Eigenvalues = {100};
+    massless.NodeDof = {{0, 0, 0, 0, 0, 0}, {1, 0, 2, 0, 0, 0}, {3, 0, 4, 0, 0, 0}, {5, 0, 6, 0, 0, 0}};
+    massless.Shapes = {{0, 0.25f, 0, 0.5f, 0, 0.75f, 0}};
+    massless.Masses = {0, 0, 0, 0, 0, 0};
+    WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(massless));
+    expectRun("3/7/", {"TREMODAL  E 11 ; L;  102" + generic, "the analysis of " + f.File(".H1") +
+                                                                 " with the options " + f.File(".USM3") +
+                                                                 ": division by zero"});
     f.WriteFrequencyCase();
 
     // The size file: cut after its fifth line, and a node count no single holds.
@@ -130,6 +144,10 @@ TEST(FailedBatchRun, StandardErrorHasTheLogLineThenTheFileAndWhatIsWrong) {
     WriteFile(f.File(".XSZ"), "a\r\nFRAME\r\nt\r\n1\r\n2\r\n3\r\n5,0,1e40,0\r\n");
     expectRun("3/7/", {"TREMODAL  E 6 ; L;  0" + generic,
                        f.File(".XSZ") + ", line 7: \"1e40\" is too large for a single-precision field"});
+    WriteFile(f.File(".XSZ"),
+              "a\r\nFRAME\r\nt\r\n1\r\n2\r\n3\r\n5,0,-5,0\r\n1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n1\r\n");
+    expectRun("3/7/",
+              {"TREMODAL  E 9 ; L;  34" + generic, f.File(".XSZ") + ": the node count -5 is below 0"});
     WriteFile(f.File(".XSZ"), "");
     expectRun("3/7/",
               {"TREMODAL  E 62 ; L;  0" + generic, f.File(".XSZ") + ": is empty where fields are expected"});
