@@ -266,7 +266,10 @@ alone. The response files hold singles: seven digits, and a sum over a few modes
 in the last place, about 10⁻⁷. The base shear is not among the files of a batch run: here it is formed
 from the modal displacements of the response file as the sum of the inertia forces, V_m = ω_m² Σ M u,
 over the freedoms along the direction, and combined by SRSS. That sum equals Γ_m² S_a f when the
-displacements are right.
+displacements are right. The frequencies come from the solver's side in both cases (TreModal takes ω
+as the square root of the eigenvalue in the frequency case file): their rows show that they come
+through the file and into the response file unchanged, while the participation, the displacements and
+the shears are TreModal's own work.
 
 Theory, for mass-normalised modes φ (φᵀ M φ = 1) and a unit ground motion r along a direction of
 factor f:
