@@ -178,8 +178,8 @@ void HandleStartFailure(RunState& state, const Failure& failure, int stage) {
         log.Line(line);
         log.Close();
     } catch (const Failure& logFailure) {
-        std::fprintf(stderr, "TreModal: cannot write %s.LOG: %s\n", state.Model.ModelPath.c_str(),
-                     logFailure.what());
+        // The failure names the log and why it could not be written.
+        std::fprintf(stderr, "%s\n", logFailure.what());
     }
 }
 

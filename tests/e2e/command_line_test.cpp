@@ -153,6 +153,18 @@ TEST(FailedBatchRun, StandardErrorHasTheLogLineThenTheFileAndWhatIsWrong) {
               {"TREMODAL  E 62 ; L;  0" + generic, f.File(".XSZ") + ": is empty where fields are expected"});
 }
 
+TEST(FailedBatchRun, ALogThatCannotBeWrittenIsNamedLast) {
+    ModelFixture f;
+    // The model path points into a directory that does not exist, so neither
+    // its size file nor its log can be opened.
+    const std::string model = f.dir.File("missing/FRAME");
+    WriteFile(f.dir.File("MODEL.NAM"), "\"" + model + "\",FRAME\r\n");
+    EXPECT_EQ(f.RunTreModal("3/7/"), 1);
+    EXPECT_EQ(f.Stderr(), "TREMODAL  E 53 ; L;  0 ; Model Or Data; Error - Check; Model & Re - Run; \n" +
+                              model + ".XSZ: no such file\n" + model +
+                              ".LOG: cannot be opened (No such file or directory)\n");
+}
+
 TEST(FailedBatchRun, WithoutSettingsNamesTheSettingsFileAndLogsNothing) {
     ModelFixture f;
     f.WriteStandInCasepost();
