@@ -115,10 +115,11 @@ TEST(FailedBatchRun, StandardErrorHasTheLogLineThenTheFileAndWhatIsWrong) {
     WriteFile(f.File(".H1"), whole.substr(0, 12));
     expectRun("3/7/", {"TREMODAL  E 62 ; L;  102" + generic,
                        f.File(".H1") + ": ends at byte 12, inside its 40-byte header"});
-    // 2,400 modes announced: their eigenvalues alone end at 40 + 19,200.
-    WriteFile(f.File(".H1"), whole.substr(0, 8) + std::string("\x60\x09\0\0", 4) + whole.substr(12));
+    // 2,400 modes announced and two eigenvalues there, with no zero to end
+    // the list: the list alone ends at 40 + 19,200.
+    WriteFile(f.File(".H1"), whole.substr(0, 8) + std::string("\x60\x09\0\0", 4) + whole.substr(12, 44));
     expectRun("3/7/", {"TREMODAL  E 62 ; L;  102" + generic,
-                       f.File(".H1") + ": ends at byte 496 where its header promises 19,240"});
+                       f.File(".H1") + ": ends at byte 56 where its header promises 19,240"});
     // A frame without mass: the arithmetic fails, told with the files it
     // worked on.
     testing::FrequencyCaseData massless;
