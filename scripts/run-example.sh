@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# The main job on the shipped example model: installs what is needed, builds,
-# writes the example shear building, and runs TreModal in batch on it with a
-# settings file of its own (never the user's) and a stand-in casepost.
+# The main job on the shipped example model: installs what is needed, builds
+# TreModal and the example writer (not the tests), writes the example shear
+# building, and runs TreModal in batch on it with a settings file of its own
+# (never the user's) and a stand-in casepost.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/install-deps.sh"
-"$root/scripts/build.sh"
+"$root/scripts/build.sh" --target TreModal make_example_model
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/tremodal-example-XXXXXX")
 mkdir -p "$work/model" "$work/bin" "$work/config/VARNEK"

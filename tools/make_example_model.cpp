@@ -12,9 +12,9 @@
 //
 // Usage: make_example_model DIR [options]; the options are listed in kUsage.
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <bit>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -73,8 +73,15 @@ struct UsageError {
     std::string Text;
 };
 
+// --help: the usage on standard output, nothing written.
+struct HelpAsked {};
+
 const char* const kUsage =
-    "usage: make_example_model DIR [options]\n"
+    "usage: %s DIR [options]\n"
+    "Writes a uniform shear building into DIR as the suite's tools leave a model: size file,\n"
+    "node coordinates, frequency case with its exact modes, a response spectrum curve and an\n"
+    "options set, ready for a batch run of TreModal.\n"
+    "  --help                this text\n"
     "  --name NAME           base name of the model files (SHEAR)\n"
     "  --storeys N           storeys, 1 to 32766 (5)\n"
     "  --nodes-per-floor P   columns side by side, (N + 1) P up to 32767 nodes (1)\n"
@@ -129,7 +136,8 @@ ExampleOptions ParseArguments(const std::vector<std::string>& args) {
     ShearBuilding& b = o.Building;
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
-        if (arg.rfind("--", 0) != 0) {
+        if (arg == "--help") throw HelpAsked{};
+        if (arg.rfind("-", 0) != 0) {
             if (!o.Dir.empty()) throw UsageError{"more than one directory: " + arg};
             o.Dir = arg;
             continue;
@@ -142,7 +150,10 @@ ExampleOptions ParseArguments(const std::vector<std::string>& args) {
             o.NameFile = true;
             continue;
         }
-        if (i + 1 >= args.size()) throw UsageError{arg + " needs a value"};
+        // An option where a value should stand means the value was left out;
+        // it must not become a model name or a number.
+        if (arg.rfind("--", 0) != 0) throw UsageError{"unknown option " + arg};
+        if (i + 1 >= args.size() || args[i + 1].rfind("--", 0) == 0) throw UsageError{arg + " needs a value"};
         const std::string& value = args[++i];
         if (arg == "--name") {
             if (value.empty() || value.find_first_of("/,\" ") != std::string::npos) {
@@ -485,12 +496,23 @@ void PrintSummary(const ExampleOptions& o, const std::string& modelPath,
     }
 }
 
-int Run(const std::vector<std::string>& args) {
+// The usage under the name the tool was started by: the build calls it
+// make_example_model, an install tremodal-example-model.
+std::string Usage(const std::string& program) {
+    std::string usage = kUsage;
+    const std::size_t at = usage.find("%s");
+    return usage.replace(at, 2, program);
+}
+
+int Run(const std::string& program, const std::vector<std::string>& args) {
     ExampleOptions o;
     try {
         o = ParseArguments(args);
+    } catch (const HelpAsked&) {
+        std::cout << Usage(program);
+        return 0;
     } catch (const UsageError& error) {
-        std::cerr << "make_example_model: " << error.Text << "\n" << kUsage;
+        std::cerr << program << ": " << error.Text << "; see " << program << " --help\n";
         return 2;
     }
     try {
@@ -509,11 +531,11 @@ int Run(const std::vector<std::string>& args) {
         if (o.NameFile) WriteNameFile(o, modelPath);
         PrintSummary(o, modelPath, modes, curve.size());
     } catch (const Failure& failure) {
-        std::cerr << "make_example_model: failure " << GeneralText(i32{failure.Number()}) << ": "
-                  << failure.what() << "\n";
+        std::cerr << program << ": failure " << GeneralText(i32{failure.Number()}) << ": " << failure.what()
+                  << "\n";
         return 1;
     } catch (const std::exception& error) {
-        std::cerr << "make_example_model: " << error.what() << "\n";
+        std::cerr << program << ": " << error.what() << "\n";
         return 1;
     }
     return 0;
@@ -524,5 +546,7 @@ int Run(const std::vector<std::string>& args) {
 
 int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
-    return tremodal::example::Run(args);
+    const std::string program =
+        argc > 0 ? std::filesystem::path(argv[0]).filename().string() : "make_example_model";
+    return tremodal::example::Run(program, args);
 }

@@ -1,6 +1,7 @@
 // TreModal: the modal response spectrum analysis of the suite. With a command
 // line ("3/7/2/") it is a batch run that ends by itself once casepost has
-// ended; with none it opens the dialog on the current model.
+// ended; with none it opens the dialog on the current model. A first argument
+// that begins with "--" is the program's own option, never a batch run.
 #include <QApplication>
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/linux_host.h"
 #include "runcontrol/run_state.h"
@@ -17,6 +19,54 @@
 #include "view/screen_host.h"
 
 namespace {
+
+const char* const kUsage =
+    "Usage: TreModal OPTIONS/CASE/[PHASE/]    a batch run on the current model\n"
+    "       TreModal                          the dialog on the current model (needs a screen)\n"
+    "       TreModal --report N [--model PATH] [--csv DIR] [--plots DIR]\n"
+    "                                         a summary of the analysis of options set N, computed\n"
+    "                                         in memory; writes nothing beside the model\n"
+    "       TreModal --help | --version\n"
+    "\n"
+    "The batch command line is the one the suite's batch job files hold: fields ended by \"/\".\n"
+    "  OPTIONS  the options set: the model's file <model>.USM<OPTIONS>\n"
+    "  CASE     the results case (the options set's own number replaces it)\n"
+    "  PHASE    missing mass: 1 writes the load cases, 2 reads the solved cases back;\n"
+    "           without it (or 0) a plain run\n"
+    "  TreModal 3/7/    TreModal 3/7/1/    TreModal 3/7/2/\n"
+    "\n"
+    "The settings file names the suite's directories; TreModal reads it and never writes it:\n"
+    "  $XDG_CONFIG_HOME/VARNEK/VARNEK.conf (by default ~/.config/VARNEK/VARNEK.conf)\n"
+    "  [Setup]\n"
+    "  Files1=<directory of MODEL.NAM, which names the current model, and response.cnt>\n"
+    "  Files2=<directory of the suite's programs casepost and VarnekEdit>\n"
+    "\n"
+    "A batch run writes the modal response files <model>.HS<direction>, the results case\n"
+    "<model>.L<CASE> .W<CASE> .1<CASE> .2<CASE>, the load case list <model>.NSL and\n"
+    "Files1/response.cnt, then starts Files2/casepost and ends with it (status 0). A run that\n"
+    "fails adds one line to <model>.LOG, prints it and what went wrong on standard error, and\n"
+    "ends with status 1. A mistaken option of TreModal's own ends with status 2.\n"
+    "See TreModal(1).\n";
+
+// The program's own options: --help and --version. Returns the exit status.
+int RunOwnOption(int argc, char** argv) {
+    const std::string option = argv[1];
+    if (option == "--help" && argc == 2) {
+        std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (option == "--version" && argc == 2) {
+        std::printf("TreModal %d-%d-%d\n", TREMODAL_VERSION_MAJOR, TREMODAL_VERSION_MINOR,
+                    TREMODAL_VERSION_PATCH);
+        return 0;
+    }
+    if (option == "--help" || option == "--version") {
+        std::fprintf(stderr, "TreModal: %s takes no arguments; see TreModal --help\n", option.c_str());
+    } else {
+        std::fprintf(stderr, "TreModal: unknown option %s; see TreModal --help\n", option.c_str());
+    }
+    return 2;
+}
 
 bool HasScreen() {
     const char* x = std::getenv("DISPLAY");
@@ -50,6 +100,7 @@ int RunDialog(tremodal::RunState& state, bool onScreen) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::string_view(argv[1]).starts_with("--")) return RunOwnOption(argc, argv);
     const std::string commandLine = JoinArguments(argc, argv);
 
     // A batch run must work without a screen: then there is no window system

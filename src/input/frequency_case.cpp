@@ -28,19 +28,22 @@ constexpr std::int64_t kMostModes = 32767;
 const char* const kLumpedMassText = "Lumped Mass Model should be used for Seismic Response Analysis";
 const char* const kJacobiText = "Ignore if Lumped Mass is set for 3-D Jacobi Eigen Solver";
 
-[[noreturn]] void FailShort(const std::string& what) {
-    Fail(kInputPastEnd, "frequency case file ends inside the " + what);
+// A file shorter than its counts make it: "/jobs/FRAME.H1: ends at byte
+// 1,200 where its header promises 2,400". A promise of -1 is one too large
+// for any file.
+[[noreturn]] void FailShort(BinaryFile& file, std::int64_t promised, const char* promiser = "header") {
+    const std::string promise = promised < 0 ? "more bytes than a file can hold" : GroupedDigits(promised);
+    Fail(kInputPastEnd, file.Path() + ": ends at byte " + GroupedDigits(file.Size()) + " where its " +
+                            promiser + " promises " + promise);
 }
 
 // Reads n bytes that the file must hold: a file that ends sooner is damaged.
-void ReadExactly(BinaryFile& file, unsigned char* to, std::int64_t n, const std::string& what) {
+void ReadExactly(BinaryFile& file, unsigned char* to, std::int64_t n, const char* promiser = "header") {
     if (n <= 0) return;
-    if (file.Read(to, static_cast<std::size_t>(n)) != static_cast<std::size_t>(n)) FailShort(what);
-}
-
-// Bytes that stand in the file from the read position on.
-std::int64_t BytesLeft(BinaryFile& file) {
-    return std::max<std::int64_t>(0, file.Size() - (file.Position() - 1));
+    const std::int64_t end = file.Position() - 1 + n;
+    if (file.Read(to, static_cast<std::size_t>(n)) != static_cast<std::size_t>(n)) {
+        FailShort(file, end, promiser);
+    }
 }
 
 // a * b * c, or -1 when the product does not fit in 64 bits: a length no
@@ -71,6 +74,7 @@ std::vector<f64> ScanEigenvalues(BinaryFile& file, std::int64_t modes, bool& zer
     std::vector<f64> values;
     zeroFound = false;
     std::vector<unsigned char> buffer;
+    const std::int64_t listEnd = file.Position() - 1 + 8 * modes;
     std::int64_t left = modes;
     while (left > 0 && !zeroFound) {
         const std::int64_t take = std::min(left, kBlockBuffer / 8);
@@ -87,7 +91,7 @@ std::vector<f64> ScanEigenvalues(BinaryFile& file, std::int64_t modes, bool& zer
             }
             values.push_back(value);
         }
-        if (!zeroFound && got < take * 8) FailShort("eigenvalues");
+        if (!zeroFound && got < take * 8) FailShort(file, listEnd);
         left -= take;
     }
     return values;
@@ -96,17 +100,19 @@ std::vector<f64> ScanEigenvalues(BinaryFile& file, std::int64_t modes, bool& zer
 // Checks the header's counts against the file before anything is allocated
 // by them: a damaged or foreign file must end in a failure, never in an
 // allocation of gigabytes.
-void CheckCaseSize(const RunState& state, std::int64_t caseNodes, std::int64_t modesUsed,
-                   std::int64_t bytesBehindEigenvalues) {
+void CheckCaseSize(const RunState& state, BinaryFile& file, std::int64_t caseNodes, std::int64_t modesUsed) {
     // Shape block plus the mass form word.
     const std::int64_t shapeLength = BlockLength(modesUsed, caseNodes, kNodeBlockLength);
-    if (shapeLength < 0 || shapeLength > bytesBehindEigenvalues - 4) FailShort("shape block");
+    const std::int64_t shapeEnd = shapeLength < 0 ? -1 : file.Position() - 1 + shapeLength + 4;
+    if (shapeEnd < 0 || shapeEnd > file.Size()) FailShort(file, shapeEnd);
     // Node n of the case is node n of the model: the shape block would fail
     // at node NumNodes + 1 anyway. The equation count is bounded by nothing
     // in the file; what the arrays it sizes may take is checked when they
     // are allocated.
-    if (modesUsed > 0 && caseNodes > RoundToI32(state.Model.NumNodes)) {
-        Fail(kSubscriptOutOfRange, "frequency case has more nodes than the model");
+    const std::int64_t nodes = RoundToI32(state.Model.NumNodes);
+    if (modesUsed > 0 && caseNodes > nodes) {
+        Fail(kSubscriptOutOfRange, file.Path() + ": has " + GroupedDigits(caseNodes) +
+                                       " nodes where the model has " + GroupedDigits(nodes));
     }
 }
 
@@ -121,7 +127,7 @@ void ReadShapeBlock(RunState& state, BinaryFile& file, std::int64_t caseNodes) {
     const std::int64_t lastEquation = f.ModeShape.Upper1();
     std::vector<unsigned char> block(static_cast<std::size_t>(pairs * kPairLength));
     for (i32 m = 1; m <= f.NumModes; ++m) {
-        ReadExactly(file, block.data(), pairs * kPairLength, "shape block");
+        ReadExactly(file, block.data(), pairs * kPairLength);
         f32* column = f.ModeShape.Column(m, lastEquation);
         std::uint32_t peak = 0;
         for (std::int64_t k = 0; k < pairs; ++k) {
@@ -161,7 +167,11 @@ void ReadFrequencyCase(RunState& state) {
     BinaryFile& file = *f.Stream;
 
     unsigned char header[kHeaderLength];
-    ReadExactly(file, header, kHeaderLength, "header");
+    if (file.Size() < kHeaderLength) {
+        Fail(kInputPastEnd, path + ": ends at byte " + GroupedDigits(file.Size()) + ", inside its " +
+                                GroupedDigits(kHeaderLength) + "-byte header");
+    }
+    ReadExactly(file, header, kHeaderLength);
     const i32 caseNodes = GetI32(header);
     f.NumDof = GetI32(header + 4);
     f.NumModes = GetI32(header + 8);
@@ -172,12 +182,14 @@ void ReadFrequencyCase(RunState& state) {
     for (int k = 2; k <= 6; ++k) f.DirMass(k) = GetF32(header + 16 + 4 * (k - 1));
 
     if (caseNodes < 0 || f.NumDof < 0 || f.NumModes < 0) {
-        Fail(kSubscriptOutOfRange, "negative count in the frequency case header");
+        Fail(kSubscriptOutOfRange, path + ": its header holds a negative count (nodes " +
+                                       GroupedDigits(caseNodes) + ", equations " + GroupedDigits(f.NumDof) +
+                                       ", modes " + GroupedDigits(f.NumModes) + ")");
     }
     bool zeroFound = false;
     const std::vector<f64> eigenvalues = ScanEigenvalues(file, f.NumModes, zeroFound);
     const auto modesUsed = static_cast<std::int64_t>(eigenvalues.size());
-    CheckCaseSize(state, caseNodes, modesUsed, BytesLeft(file));
+    CheckCaseSize(state, file, caseNodes, modesUsed);
 
     // Sized by the header; the sizes stay when the mode count is lowered.
     AllocateRunArrays(state);
@@ -192,11 +204,17 @@ void ReadFrequencyCase(RunState& state) {
 
     if (state.Options.ZpaHighestMode == 1) state.Curve.ZpaValue = 1.0f;
 
-    if (f.NumModes > kMostModes) Fail(kOverflow, "more than 32767 modes");
-    ReadShapeBlock(state, file, caseNodes);
+    if (f.NumModes > kMostModes)
+        Fail(kOverflow, path + ": holds " + GroupedDigits(f.NumModes) + " modes, more than 32,767");
+    try {
+        ReadShapeBlock(state, file, caseNodes);
+    } catch (const Failure& failure) {
+        // A bad equation number or value: the file is what is wrong.
+        Fail(failure.Number(), path + ": in its mode shapes, " + failure.what());
+    }
 
     unsigned char form[4];
-    ReadExactly(file, form, 4, "mass form");
+    ReadExactly(file, form, 4);
     f.MassForm = GetI32(form);
     if (f.MassForm == 2) {
         // Value 2 carries a lumped block as well; it is read as one, with a
@@ -217,9 +235,10 @@ void ReadMassMatrix(RunState& state) {
     const std::int64_t dof = f.NumDof;
     // A word the solver writes before the matrix; it plays no part.
     const std::int64_t blockLength = BlockLength(dof, dof, 8);
-    if (blockLength < 0 || blockLength > BytesLeft(file) - 4) FailShort("mass matrix");
+    const std::int64_t blockEnd = blockLength < 0 ? -1 : file.Position() - 1 + 4 + blockLength;
+    if (blockEnd < 0 || blockEnd > file.Size()) FailShort(file, blockEnd);
     unsigned char word[4];
-    ReadExactly(file, word, 4, "mass matrix");
+    ReadExactly(file, word, 4);
 
     // Only the diagonal M(i, i) enters a result, so only the diagonal is
     // kept and only the diagonal is read: term (j, i) stands at
@@ -231,7 +250,7 @@ void ReadMassMatrix(RunState& state) {
     for (std::int64_t i = 1; i <= dof; ++i) {
         file.Seek(start + ((i - 1) * dof + (i - 1)) * 8);
         unsigned char value[8];
-        ReadExactly(file, value, 8, "mass matrix");
+        ReadExactly(file, value, 8);
         f.MassTerms(i) = StoreF32(GetF64(value));
     }
     file.Seek(start + blockLength);
@@ -241,11 +260,15 @@ void ReadMassVector(RunState& state) {
     FrequencyCase& f = state.Freq;
     BinaryFile& file = OpenStream(state);
     unsigned char word[4];
-    ReadExactly(file, word, 4, "mass vector");
+    ReadExactly(file, word, 4);
     f.MassCount = GetI32(word);
-    if (f.MassCount < 0) Fail(kSubscriptOutOfRange, "negative mass count");
+    if (f.MassCount < 0) {
+        Fail(kSubscriptOutOfRange,
+             file.Path() + ": its mass count is negative (" + GroupedDigits(f.MassCount) + ")");
+    }
     const std::int64_t count = f.MassCount;
-    if (count * 8 > BytesLeft(file)) FailShort("mass vector");
+    const std::int64_t vectorEnd = file.Position() - 1 + count * 8;
+    if (vectorEnd > file.Size()) FailShort(file, vectorEnd, "mass count");
     f.MassTerms.Allocate(count);
 
     std::vector<unsigned char> buffer;
@@ -253,7 +276,7 @@ void ReadMassVector(RunState& state) {
     while (done < count) {
         const std::int64_t take = std::min(count - done, kBlockBuffer / 8);
         buffer.resize(static_cast<std::size_t>(take * 8));
-        ReadExactly(file, buffer.data(), take * 8, "mass vector");
+        ReadExactly(file, buffer.data(), take * 8, "mass count");
         for (std::int64_t k = 0; k < take; ++k) {
             f.MassTerms(done + k + 1) = StoreF32(GetF64(buffer.data() + 8 * k));
         }

@@ -26,6 +26,11 @@ std::string LinuxHost::ReadSetting(const std::string& application, const std::st
     return value.toString().toStdString();
 }
 
+std::string LinuxHost::SettingsLocation(const std::string& application) {
+    const QString app = QString::fromStdString(application);
+    return QSettings(app, app).fileName().toStdString();
+}
+
 void LinuxHost::ShowMessage(const std::string& text, const std::string&) {
     std::fprintf(stderr, "TREMODAL: %s\n", text.c_str());
     std::fflush(stderr);

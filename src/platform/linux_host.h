@@ -16,6 +16,7 @@ public:
 
     std::string ReadSetting(const std::string& application, const std::string& section,
                             const std::string& key) override;
+    std::string SettingsLocation(const std::string& application) override;
     // Without a screen: one line "TREMODAL: <text>" on standard error, and the
     // run goes on as after the OK button.
     void ShowMessage(const std::string& text, const std::string& title) override;

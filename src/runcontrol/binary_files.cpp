@@ -26,7 +26,10 @@ constexpr std::size_t kReadAhead = 256 * 1024;
 // A position before the first byte or record.
 constexpr int kBadRecordNumber = 63;
 
-std::string Describe(const std::string& path) { return path + ": " + std::strerror(errno); }
+// "<path>: cannot be read (Input/output error)".
+std::string Describe(const std::string& path, const char* what) {
+    return path + ": " + what + " (" + std::strerror(errno) + ")";
+}
 
 template <class Unsigned>
 void PutLittle(std::vector<unsigned char>& out, Unsigned bits) {
@@ -73,12 +76,12 @@ BinaryFile::BinaryFile(const std::string& path) : path_(path) {
     // A file that may only be read still serves the readers; writing to it
     // fails when the bytes reach it.
     if (fd_ < 0 && (errno == EACCES || errno == EROFS)) fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd_ < 0) Fail(kPathAccessError, "cannot open " + Describe(path));
+    if (fd_ < 0) Fail(kPathAccessError, Describe(path, "cannot be opened"));
     struct stat info {};
     if (::fstat(fd_, &info) != 0 || !S_ISREG(info.st_mode)) {
         ::close(fd_);
         fd_ = -1;
-        Fail(kPathAccessError, "cannot open " + path + ": not a file");
+        Fail(kPathAccessError, path + ": is not a regular file");
     }
 }
 
@@ -104,7 +107,7 @@ void BinaryFile::Close() {
     fd_ = -1;
     pending_.clear();
     aheadLen_ = 0;
-    if (!written) Fail(kPathAccessError, "cannot write " + path_);
+    if (!written) Fail(kPathAccessError, path_ + ": cannot be written");
 }
 
 void BinaryFile::Require() const {
@@ -114,10 +117,10 @@ void BinaryFile::Require() const {
 void BinaryFile::Flush() {
     if (pending_.empty()) return;
     const bool written = WriteAt(fd_, pending_.data(), pending_.size(), pendingStart_);
-    const std::string why = written ? std::string() : Describe(path_);
+    const std::string why = written ? std::string() : Describe(path_, "cannot be written");
     // A run that failed is dropped, so the destructor does not try it again.
     pending_.clear();
-    if (!written) Fail(kPathAccessError, "cannot write " + why);
+    if (!written) Fail(kPathAccessError, why);
 }
 
 void BinaryFile::Seek(std::int64_t position) {
@@ -135,7 +138,7 @@ void BinaryFile::SeekRecord(std::int64_t record, std::int64_t length) {
 std::int64_t BinaryFile::Size() {
     Require();
     struct stat info {};
-    if (::fstat(fd_, &info) != 0) Fail(kPathAccessError, "cannot read " + Describe(path_));
+    if (::fstat(fd_, &info) != 0) Fail(kPathAccessError, Describe(path_, "cannot be read"));
     const std::int64_t onDisk = info.st_size;
     if (pending_.empty()) return onDisk;
     return std::max(onDisk, pendingStart_ + static_cast<std::int64_t>(pending_.size()));
@@ -162,7 +165,7 @@ std::size_t BinaryFile::Read(void* destination, std::size_t n) {
         // fills the read-ahead block first.
         if (left >= kReadAhead) {
             const std::int64_t got = ReadAt(fd_, to + done, left, at);
-            if (got < 0) Fail(kPathAccessError, "cannot read " + Describe(path_));
+            if (got < 0) Fail(kPathAccessError, Describe(path_, "cannot be read"));
             done += static_cast<std::size_t>(got);
             real += static_cast<std::size_t>(got);
             break;
@@ -171,7 +174,7 @@ std::size_t BinaryFile::Read(void* destination, std::size_t n) {
         const std::int64_t got = ReadAt(fd_, ahead_.data(), kReadAhead, at);
         if (got < 0) {
             aheadLen_ = 0;
-            Fail(kPathAccessError, "cannot read " + Describe(path_));
+            Fail(kPathAccessError, Describe(path_, "cannot be read"));
         }
         aheadStart_ = at;
         aheadLen_ = static_cast<std::size_t>(got);
@@ -210,7 +213,7 @@ void BinaryFile::Write(const void* source, std::size_t n) {
     } else {
         Flush();
         if (n >= kDirectWrite) {
-            if (!WriteAt(fd_, from, n, offset_)) Fail(kPathAccessError, "cannot write " + Describe(path_));
+            if (!WriteAt(fd_, from, n, offset_)) Fail(kPathAccessError, Describe(path_, "cannot be written"));
         } else {
             pendingStart_ = offset_;
             pending_.assign(from, from + n);

@@ -55,6 +55,8 @@ public:
     // Fixed-length text: padded with blanks on the right, cut if longer.
     void WriteFixedText(std::string_view text, std::size_t length);
 
+    const std::string& Path() const { return path_; }
+
     // Record files: record r (from 1) of length len starts at (r - 1) * len.
     void SeekRecord(std::int64_t record, std::int64_t length);
 

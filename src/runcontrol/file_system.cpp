@@ -26,7 +26,9 @@ std::tm LocalTime(std::time_t moment) {
     return parts;
 }
 
-std::string Describe(const std::string& path) { return path + ": " + std::strerror(errno); }
+std::string Describe(const std::string& path, const char* what) {
+    return path + ": " + what + " (" + std::strerror(errno) + ")";
+}
 
 }  // namespace
 
@@ -38,12 +40,13 @@ bool FileExists(const std::string& path) {
 void DeleteFile(const std::string& path) {
     // unlink, not remove: remove would take an empty directory of that name too.
     if (::unlink(path.c_str()) == 0) return;
-    if (errno == ENOENT) Fail(kFileNotFound, "file not found: " + path);
-    Fail(kPathAccessError, "cannot delete " + Describe(path));
+    if (errno == ENOENT) Fail(kFileNotFound, path + ": no such file");
+    Fail(kPathAccessError, Describe(path, "cannot be deleted"));
 }
 
 void ChangeDirectory(const std::string& path) {
-    if (::chdir(path.c_str()) != 0) Fail(kPathNotFound, "path not found: " + Describe(path));
+    if (::chdir(path.c_str()) != 0)
+        Fail(kPathNotFound, Describe(path, "cannot be made the working directory"));
 }
 
 std::time_t CurrentTime() {

@@ -20,6 +20,9 @@ public:
     // A text setting by application, section and key; empty when absent.
     virtual std::string ReadSetting(const std::string& application, const std::string& section,
                                     const std::string& key) = 0;
+    // Where the settings of the application are looked for, to name it when
+    // one is missing; empty when the store is no file.
+    virtual std::string SettingsLocation(const std::string& /*application*/) { return {}; }
 
     // A message box with one OK button; returns when it is dismissed. Without
     // a screen the text goes to standard error and nothing waits.

@@ -403,6 +403,17 @@ f64 StrictNumber(std::string_view text) {
     return number.value;
 }
 
+std::string GroupedDigits(std::int64_t count) {
+    const std::string digits = std::to_string(count);
+    const std::size_t first = count < 0 ? 1 : 0;
+    std::string grouped = digits.substr(0, first);
+    for (std::size_t i = first; i < digits.size(); ++i) {
+        if (i > first && (digits.size() - i) % 3 == 0) grouped += ',';
+        grouped += digits[i];
+    }
+    return grouped;
+}
+
 std::string Trim(std::string_view text) { return RTrim(LTrim(text)); }
 
 std::string LTrim(std::string_view text) {

@@ -2,6 +2,7 @@
 // Nothing else in the program turns a number into text or text into a number.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -53,6 +54,10 @@ f64 Val(std::string_view text);
 // Strict conversion: like Val, but text that is not a number in full (blanks
 // around it aside) fails with 13. Empty text fails too.
 f64 StrictNumber(std::string_view text);
+
+// A count for people to read, its digits in groups of three: "2,400",
+// "-1,048,576". Messages only; no file of the suite holds this form.
+std::string GroupedDigits(std::int64_t count);
 
 // Blanks removed at both ends, at the left end only, at the right end only.
 std::string Trim(std::string_view text);

@@ -36,6 +36,18 @@ void ReadModelName(RunState& state) {
     // Until MODEL.NAM is read, the model path is that of the name file
     // itself, so the log of a run that cannot find it is MODEL.NAM.LOG.
     m.ModelPath = m.FilesDir + "/MODEL.NAM";
+    // Without Files1 the name file would be looked for at the root of the
+    // file system: the setting is what is missing, and the user is told so.
+    if (m.FilesDir.empty()) {
+        const std::string settings = state.Ui->SettingsLocation("VARNEK");
+        const std::string where = settings.empty() ? "the user settings" : settings;
+        if (!settings.empty() && !FileExists(settings)) {
+            Fail(kFileNotFound,
+                 where + ": no such file; it must give Files1 in [Setup], the directory of MODEL.NAM");
+        }
+        Fail(kFileNotFound,
+             where + ": Files1 is missing or empty in [Setup]; it names the directory of MODEL.NAM");
+    }
     TextInput in(m.ModelPath);
     m.ModelPath = in.ReadTextField();
     m.ModelName = in.ReadTextField();
@@ -83,7 +95,7 @@ StartOutcome Main(RunState& state, const std::string& commandLine) {
 
         stage = kStageOptions;
         if (!FileExists(state.Options.OptionsFile)) {
-            Fail(kFileNotFound, "options file " + state.Options.OptionsFile + " not found");
+            Fail(kFileNotFound, state.Options.OptionsFile + ": no such file");
         }
         ReadOptions(state);
 
@@ -125,6 +137,26 @@ std::string LogLine(const RunState& state, const Failure& failure, int stage) {
            "; Model Or Data; Error - Check; Model & Re - Run; ";
 }
 
+// What failed, in plain words. A reader's failure names its file; the node
+// count is the size file's; a fault of the arithmetic is told with the files
+// whose analysis met it.
+std::string PlainReason(const RunState& state, const Failure& failure, int stage) {
+    const std::string what = failure.what();
+    const ModelContext& m = state.Model;
+    if (!m.ModelPath.empty() && what.find(m.ModelPath) != std::string::npos) return what;
+    if (stage == kStageCoordinates) {
+        const std::string count = m.ModelPath + ".XSZ: the node count " + GeneralText(m.NumNodes);
+        if (failure.Number() == kOverflow) return count + " is more than 32,767";
+        if (failure.Number() == kSubscriptOutOfRange) return count + " is below 0";
+        return count + ": " + what;
+    }
+    if (stage == kStageAnalysis) {
+        return "the analysis of " + m.ModelPath + ".H" + LTrim(state.Options.FreqCase) +
+               " with the options " + state.Options.OptionsFile + ": " + what;
+    }
+    return what;
+}
+
 }  // namespace
 
 void HandleStartFailure(RunState& state, const Failure& failure, int stage) {
@@ -136,15 +168,18 @@ void HandleStartFailure(RunState& state, const Failure& failure, int stage) {
     }
     const std::string line = LogLine(state, failure, stage);
     // The log line goes to standard error too, for whoever runs the program by
-    // hand. A log that cannot be opened must not fail the failure handler.
-    std::fprintf(stderr, "%s\n", line.c_str());
+    // hand, followed by what failed in plain words. A log that cannot be
+    // opened must not fail the failure handler.
+    std::fprintf(stderr, "%s\n%s\n", line.c_str(), PlainReason(state, failure, stage).c_str());
+    // Without Files1 the log would land at the root of the file system.
+    if (state.Model.FilesDir.empty()) return;
     try {
         PrintFile log(state.Model.ModelPath + ".LOG", TextMode::Append);
         log.Line(line);
         log.Close();
     } catch (const Failure& logFailure) {
-        std::fprintf(stderr, "TreModal: cannot write %s.LOG: %s\n", state.Model.ModelPath.c_str(),
-                     logFailure.what());
+        // The failure names the log and why it could not be written.
+        std::fprintf(stderr, "%s\n", logFailure.what());
     }
 }
 

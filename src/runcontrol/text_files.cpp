@@ -28,7 +28,10 @@ constexpr std::size_t kSpillSize = 4 * 1024 * 1024;
 bool IsBlank(int c) { return c == ' ' || c == '\t'; }
 bool IsLineEnd(int c) { return c == '\r' || c == '\n'; }
 
-std::string Describe(const std::string& path) { return path + ": " + std::strerror(errno); }
+// "<path>: cannot be read (Permission denied)".
+std::string Describe(const std::string& path, const char* what) {
+    return path + ": " + what + " (" + std::strerror(errno) + ")";
+}
 
 // Writes all of the bytes, going on after a short write or an interrupt.
 bool WriteAll(int fd, const char* data, std::size_t size) {
@@ -60,16 +63,16 @@ mode_t NewFileMode() {
 TextInput::TextInput(const std::string& path) : path_(path) {
     struct stat info {};
     if (::stat(path.c_str(), &info) != 0) {
-        if (errno == ENOENT || errno == ENOTDIR) Fail(kFileNotFound, "file not found: " + path);
-        Fail(kPathAccessError, "cannot open " + Describe(path));
+        if (errno == ENOENT || errno == ENOTDIR) Fail(kFileNotFound, path + ": no such file");
+        Fail(kPathAccessError, Describe(path, "cannot be opened"));
     }
     // A directory opens for reading on Linux but holds no text: it is a path
     // that exists and cannot be read as a file.
-    if (S_ISDIR(info.st_mode)) Fail(kPathAccessError, "cannot open " + path + ": is a directory");
+    if (S_ISDIR(info.st_mode)) Fail(kPathAccessError, path + ": is a directory, not a file");
     fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd_ < 0) {
-        if (errno == ENOENT) Fail(kFileNotFound, "file not found: " + path);
-        Fail(kPathAccessError, "cannot open " + Describe(path));
+        if (errno == ENOENT) Fail(kFileNotFound, path + ": no such file");
+        Fail(kPathAccessError, Describe(path, "cannot be opened"));
     }
     buffer_.resize(kInputBuffer);
 }
@@ -97,7 +100,7 @@ void TextInput::Refill() {
             len_ = static_cast<std::size_t>(got);
             return;
         }
-        if (errno != EINTR) Fail(kPathAccessError, "cannot read " + Describe(path_));
+        if (errno != EINTR) Fail(kPathAccessError, Describe(path_, "cannot be read"));
     }
 }
 
@@ -109,8 +112,26 @@ int TextInput::Peek() {
 
 int TextInput::Get() {
     const int c = Peek();
-    if (c >= 0) ++pos_;
+    if (c < 0) return c;
+    ++pos_;
+    // LF, CR LF and CR each end one line.
+    if (c == '\r' || (c == '\n' && !afterCr_)) ++line_;
+    afterCr_ = c == '\r';
+    atLineStart_ = IsLineEnd(c);
     return c;
+}
+
+void TextInput::FailAtEnd() {
+    // The last line that holds anything: a file that ends with a line end
+    // has no line behind it.
+    const std::int64_t last = atLineStart_ ? line_ - 1 : line_;
+    if (last == 0) Fail(kInputPastEnd, path_ + ": is empty where fields are expected");
+    Fail(kInputPastEnd,
+         path_ + ": ends after line " + GroupedDigits(last) + ", before all its fields are read");
+}
+
+void TextInput::FailField(const Failure& failure, const char* reason) {
+    Fail(failure.Number(), path_ + ", line " + GroupedDigits(fieldLine_) + ": \"" + field_ + "\" " + reason);
 }
 
 void TextInput::SkipLineEnd() {
@@ -131,7 +152,7 @@ bool TextInput::AtEnd() {
 std::string TextInput::ReadTextField() {
     Require("input");
     while (IsBlank(Peek())) Get();
-    if (Peek() < 0) Fail(kInputPastEnd, "input past end of file: " + path_);
+    if (Peek() < 0) FailAtEnd();
 
     std::string field;
     if (Peek() == '"') {
@@ -158,11 +179,12 @@ std::string TextInput::ReadTextField() {
 f64 TextInput::ReadNumberField() {
     Require("input");
     for (int c = Peek(); IsBlank(c) || IsLineEnd(c); c = Peek()) Get();
-    if (Peek() < 0) Fail(kInputPastEnd, "input past end of file: " + path_);
+    if (Peek() < 0) FailAtEnd();
 
-    std::string field;
+    fieldLine_ = line_;
+    field_.clear();
     for (int c = Peek(); c >= 0 && c != ',' && !IsBlank(c) && !IsLineEnd(c); c = Peek()) {
-        field.push_back(static_cast<char>(c));
+        field_.push_back(static_cast<char>(c));
         Get();
     }
     // One separator belongs to the field: a comma, or else a line end. Blanks
@@ -173,16 +195,43 @@ f64 TextInput::ReadNumberField() {
     } else {
         SkipLineEnd();
     }
-    return Val(field);
+    try {
+        return Val(field_);
+    } catch (const Failure& failure) {
+        FailField(failure, "is too large for a number");
+    }
 }
 
-f32 TextInput::ReadSingleField() { return StoreF32(ReadNumberField()); }
-i16 TextInput::ReadI16Field() { return RoundToI16(ReadNumberField()); }
-i32 TextInput::ReadI32Field() { return RoundToI32(ReadNumberField()); }
+f32 TextInput::ReadSingleField() {
+    const f64 value = ReadNumberField();
+    try {
+        return StoreF32(value);
+    } catch (const Failure& failure) {
+        FailField(failure, "is too large for a single-precision field");
+    }
+}
+
+i16 TextInput::ReadI16Field() {
+    const f64 value = ReadNumberField();
+    try {
+        return RoundToI16(value);
+    } catch (const Failure& failure) {
+        FailField(failure, "does not fit a 16-bit integer field");
+    }
+}
+
+i32 TextInput::ReadI32Field() {
+    const f64 value = ReadNumberField();
+    try {
+        return RoundToI32(value);
+    } catch (const Failure& failure) {
+        FailField(failure, "does not fit a 32-bit integer field");
+    }
+}
 
 std::string TextInput::ReadLine() {
     Require("line input");
-    if (Peek() < 0) Fail(kInputPastEnd, "input past end of file: " + path_);
+    if (Peek() < 0) FailAtEnd();
     std::string line;
     for (int c = Peek(); c >= 0 && !IsLineEnd(c); c = Peek()) {
         line.push_back(static_cast<char>(c));
@@ -208,21 +257,21 @@ PrintFile::PrintFile(const std::string& path, TextMode mode) : path_(path), mode
 
     if (mode_ == TextMode::Append) {
         fd_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-        if (fd_ < 0) Fail(kPathAccessError, "cannot open " + Describe(path_));
+        if (fd_ < 0) Fail(kPathAccessError, Describe(path_, "cannot be opened"));
         return;
     }
 
     // Output replaces the file. It must be one that could be opened for
     // writing, though the new text reaches it only by the rename at Close.
     if (::stat(path_.c_str(), &info) == 0) {
-        if (!S_ISREG(info.st_mode)) Fail(kPathAccessError, "cannot open " + path_ + ": not a file");
-        if (::access(path_.c_str(), W_OK) != 0) Fail(kPathAccessError, "cannot open " + Describe(path_));
+        if (!S_ISREG(info.st_mode)) Fail(kPathAccessError, path_ + ": is not a regular file");
+        if (::access(path_.c_str(), W_OK) != 0) Fail(kPathAccessError, Describe(path_, "cannot be written"));
     }
     tempPath_ = path_ + ".tmpXXXXXX";
     fd_ = ::mkstemp(tempPath_.data());
     if (fd_ < 0) {
         tempPath_.clear();
-        Fail(kPathAccessError, "cannot create " + Describe(path_));
+        Fail(kPathAccessError, Describe(path_, "cannot be created"));
     }
 }
 
@@ -252,9 +301,9 @@ void PrintFile::SpillIfLarge() {
     // An appended text waits for Close, so that a failure adds nothing.
     if (mode_ != TextMode::Output || text_.size() < kSpillSize) return;
     if (!WriteAll(fd_, text_.data(), text_.size())) {
-        const std::string why = Describe(path_);
+        const std::string why = Describe(path_, "cannot be written");
         Discard();
-        Fail(kPathAccessError, "cannot write " + why);
+        Fail(kPathAccessError, why);
     }
     text_.clear();
 }
@@ -292,14 +341,14 @@ PrintFile& PrintFile::Line(std::string_view text) { return Item(text).EndLine();
 void PrintFile::Close() {
     if (fd_ < 0) return;
     if (!WriteAll(fd_, text_.data(), text_.size())) {
-        const std::string why = Describe(path_);
+        const std::string why = Describe(path_, "cannot be written");
         Discard();
-        Fail(kPathAccessError, "cannot write " + why);
+        Fail(kPathAccessError, why);
     }
     if (mode_ == TextMode::Append) {
         const int result = ::close(fd_);
         fd_ = -1;
-        if (result != 0) Fail(kPathAccessError, "cannot write " + Describe(path_));
+        if (result != 0) Fail(kPathAccessError, Describe(path_, "cannot be written"));
         return;
     }
 
@@ -312,9 +361,9 @@ void PrintFile::Close() {
     fd_ = -1;
     const bool written = modeSet && closed;
     if (!written || ::rename(tempPath_.c_str(), path_.c_str()) != 0) {
-        const std::string why = Describe(path_);
+        const std::string why = Describe(path_, "cannot be written");
         Discard();
-        Fail(kPathAccessError, "cannot write " + why);
+        Fail(kPathAccessError, why);
     }
     tempPath_.clear();
 }

@@ -2,6 +2,7 @@
 // on one side, print statements with print zones and tabs on the other.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -13,7 +14,8 @@ namespace tremodal {
 
 // A text file open for input. Lines end at LF, CR LF or CR, so that a file
 // edited on either kind of system reads the same. The file is read through a
-// buffer; nothing is held beyond it.
+// buffer; nothing is held beyond it. A failure names the file and, once
+// reading has begun, the line: "/jobs/FRAME.XSZ, line 7: ...".
 class TextInput {
 public:
     // Opens for input: 53 when the file is missing, 75 when it exists but
@@ -48,7 +50,10 @@ public:
 
 private:
     int Peek();  // next byte, or -1 at end of file
-    int Get();
+    int Get();   // counts the line ends it passes
+    [[noreturn]] void FailAtEnd();
+    // A number field that its target cannot hold, with the field's own text.
+    [[noreturn]] void FailField(const Failure& failure, const char* reason);
     void SkipLineEnd();  // consumes LF, CR LF or CR at the cursor
     void Require(const char* what);
 
@@ -59,6 +64,11 @@ private:
     std::vector<char> buffer_;
     std::size_t pos_ = 0;
     std::size_t len_ = 0;
+    std::int64_t line_ = 1;    // the line of the cursor, from 1
+    bool afterCr_ = false;     // the last byte taken was a CR: an LF now ends no new line
+    bool atLineStart_ = true;  // nothing taken yet on the cursor's line
+    std::int64_t fieldLine_ = 1;
+    std::string field_;  // the text of the last number field
 };
 
 enum class TextMode { Output, Append };

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Regenerates docs/verification.md from runs of TreModal: the shear building
+# against its closed form, and a space frame against an eigen-solution and
+# sums worked out by numpy. Needs Debian's python3-numpy, installed here if it
+# is missing; neither the build nor the tests need it.
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+# Debian's own interpreter, which sees Debian's numpy whatever else is on PATH.
+py=/usr/bin/python3
+if ! "$py" -c "import numpy" 2>/dev/null; then
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update -q
+  $sudo apt-get install -y -q --no-install-recommends python3 python3-numpy
+fi
+"$root/scripts/build.sh" --target TreModal make_example_model
+"$py" "$root/scripts/verification/make_page.py" --build "$root/build" --out "$root/docs/verification.md" "$@"
