@@ -9,7 +9,9 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <string_view>
 
+#include "app/report_command.h"
 #include "platform/linux_host.h"
 #include "runcontrol/run_state.h"
 #include "runcontrol/startup.h"
@@ -50,6 +52,7 @@ int RunDialog(tremodal::RunState& state, bool onScreen) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::string_view(argv[1]) == "--report") return tremodal::RunReportCommand(argc, argv);
     const std::string commandLine = JoinArguments(argc, argv);
 
     // A batch run must work without a screen: then there is no window system
