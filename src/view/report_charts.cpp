@@ -116,7 +116,7 @@ Frame MakeFrame(const QSize& size, bool rightAxis) {
     f.unit = std::min(size.width() / double(kChartWidth), size.height() / double(kChartHeight));
     f.unit = std::max(f.unit, 0.45);
     const double left = 150 * f.unit, right = (rightAxis ? 150 : 50) * f.unit;
-    const double top = 90 * f.unit, bottom = 115 * f.unit;
+    const double top = 125 * f.unit, bottom = 115 * f.unit;
     f.area = QRectF(left, top, std::max(10.0, size.width() - left - right),
                     std::max(10.0, size.height() - top - bottom));
     return f;
@@ -125,7 +125,7 @@ Frame MakeFrame(const QSize& size, bool rightAxis) {
 void DrawTitle(QPainter& p, const QSize& size, const Frame& f, const QString& title) {
     p.setPen(Qt::black);
     p.setFont(ChartFont(30 * f.unit, true));
-    p.drawText(QRectF(0, 15 * f.unit, size.width(), 55 * f.unit), Qt::AlignCenter, title);
+    p.drawText(QRectF(0, 12 * f.unit, size.width(), 50 * f.unit), Qt::AlignCenter, title);
 }
 
 void DrawMessage(QPainter& p, const Frame& f, const QString& text) {
@@ -179,47 +179,39 @@ struct LegendEntry {
     QString text;
 };
 
-// Where the legend stands: over the long periods of a spectrum, where a
-// curve has fallen, or over the small bars of the higher modes.
-enum class Corner { TopRight, BottomRight };
-
-void DrawLegend(QPainter& p, const Frame& f, const std::vector<LegendEntry>& entries, Corner corner) {
+// The legend, in one row between the title and the plot, where it covers
+// nothing: a sample of each entry and its text.
+void DrawLegend(QPainter& p, const Frame& f, const std::vector<LegendEntry>& entries) {
     const double u = f.unit;
     p.setFont(ChartFont(20 * u));
     const QFontMetricsF metrics(p.font());
+    const double sample = 45 * u, gap = 35 * u;
     double width = 0;
-    for (const LegendEntry& e : entries) width = std::max(width, metrics.horizontalAdvance(e.text));
-    const double row = metrics.height() * 1.3, sample = 45 * u;
-    const double height = row * entries.size() + 10 * u;
-    const QRectF box(f.area.right() - width - sample - 45 * u,
-                     corner == Corner::TopRight ? f.area.top() + 15 * u : f.area.bottom() - height - 40 * u,
-                     width + sample + 30 * u, height);
-    p.setPen(QPen(Qt::gray, std::max(1.0, u)));
-    p.setBrush(QColor(255, 255, 255, 235));
-    p.drawRect(box);
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        const LegendEntry& e = entries[i];
-        const double y = box.top() + 5 * u + row * (i + 0.5);
-        const double x = box.left() + 10 * u;
+    for (const LegendEntry& e : entries) width += sample + metrics.horizontalAdvance(e.text) + gap;
+    width -= gap;
+    double x = f.area.center().x() - width / 2;
+    const double y = f.area.top() - 22 * u;
+    for (const LegendEntry& e : entries) {
         switch (e.kind) {
             case LegendEntry::Line:
             case LegendEntry::Dashed:
                 p.setPen(QPen(e.colour, 3 * u, e.kind == LegendEntry::Dashed ? Qt::DashLine : Qt::SolidLine));
-                p.drawLine(QPointF(x, y), QPointF(x + sample - 8 * u, y));
+                p.drawLine(QPointF(x, y), QPointF(x + sample - 10 * u, y));
                 break;
             case LegendEntry::Marker:
                 p.setPen(QPen(Qt::white, u));
                 p.setBrush(e.colour);
-                p.drawEllipse(QPointF(x + sample / 2 - 4 * u, y), 7 * u, 7 * u);
+                p.drawEllipse(QPointF(x + sample / 2 - 5 * u, y), 7 * u, 7 * u);
                 break;
             case LegendEntry::Bar:
                 p.setPen(Qt::NoPen);
                 p.setBrush(e.colour);
-                p.drawRect(QRectF(x + 8 * u, y - 9 * u, sample - 24 * u, 18 * u));
+                p.drawRect(QRectF(x + 6 * u, y - 9 * u, sample - 22 * u, 18 * u));
                 break;
         }
         p.setPen(Qt::black);
         p.drawText(QPointF(x + sample, y + metrics.ascent() / 2 - 2 * u), e.text);
+        x += sample + metrics.horizontalAdvance(e.text) + gap;
     }
 }
 
@@ -354,8 +346,7 @@ void PaintSpectrumChart(QPainter& p, const QSize& size, const RunFigures& fig) {
 
     DrawLegend(p, f,
                {{LegendEntry::Line, kCurveColour, "Curve \u00D7 factor " + Q(GeneralText(fig.CurveFactor))},
-                {LegendEntry::Marker, kModeColour, "Modes at their periods, numbered"}},
-               Corner::TopRight);
+                {LegendEntry::Marker, kModeColour, "Modes at their periods, numbered"}});
 }
 
 void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& fig, std::size_t direction) {
@@ -454,7 +445,7 @@ void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& f
         legend.push_back({LegendEntry::Line, kCumulativeColour, "Cumulative share (right axis)"});
         legend.push_back({LegendEntry::Dashed, kModeColour, "90 % of the mass"});
     }
-    DrawLegend(p, f, legend, Corner::BottomRight);
+    DrawLegend(p, f, legend);
 }
 
 QByteArray SpectrumChartPng(const RunFigures& figures) {
