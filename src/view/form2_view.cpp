@@ -109,9 +109,6 @@ void Form2View::Plots_Click() {
     window->setWindowFlag(Qt::Window);
     window->setAttribute(Qt::WA_DeleteOnClose);
     plotsWindow_ = window;
-    connect(window, &QObject::destroyed, this, [this, window] {
-        if (plotsWindow_ == window) plotsWindow_ = nullptr;
-    });
     window->show();
 }
 

@@ -5,6 +5,7 @@
 // logic's.
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 #include <array>
 #include <functional>
@@ -88,7 +89,7 @@ private:
     QPushButton* Command4_ = nullptr;
     QPushButton* Copy_ = nullptr;
     QPushButton* Plots_ = nullptr;
-    QWidget* plotsWindow_ = nullptr;
+    QPointer<QWidget> plotsWindow_;  // the open charts, if any; gone once closed
     // The figures of the last run, collected as it goes, for the charts.
     RunFigures figures_;
     QListWidget* List1_ = nullptr;
