@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/report_command.h"
 #include "platform/linux_host.h"
 #include "runcontrol/run_state.h"
 #include "runcontrol/startup.h"
@@ -100,6 +101,7 @@ int RunDialog(tremodal::RunState& state, bool onScreen) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::string_view(argv[1]) == "--report") return tremodal::RunReportCommand(argc, argv);
     if (argc > 1 && std::string_view(argv[1]).starts_with("--")) return RunOwnOption(argc, argv);
     const std::string commandLine = JoinArguments(argc, argv);
 

@@ -216,6 +216,7 @@ void ReadFrequencyCase(RunState& state) {
     unsigned char form[4];
     ReadExactly(file, form, 4);
     f.MassForm = GetI32(form);
+    f.MassFormRead = f.MassForm;
     if (f.MassForm == 2) {
         // Value 2 carries a lumped block as well; it is read as one, with a
         // word to the user, also in a batch run.

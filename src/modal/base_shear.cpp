@@ -263,4 +263,8 @@ void CombineBaseShear(RunState& s, i16 d) {
     s.BaseShear(d) = total;
 }
 
+f32 CombinedShear(f32 baseShear, i16 combMethod) {
+    return combMethod == 4 ? baseShear : StoreF32(Sqrt(baseShear));
+}
+
 }  // namespace tremodal

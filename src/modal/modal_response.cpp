@@ -262,9 +262,9 @@ void ComputeModalResponse(RunState& s, i16 d) {
 
     if (s.Options.CreateAccelFile == 1) {
         FillModalAccel(s, scales, modes);
-        WriteAccelFile(s, d, nodes, first, last, eqs);
+        if (s.WriteFiles) WriteAccelFile(s, d, nodes, first, last, eqs);
     }
-    WriteResponseFile(s, d, nodes, first, last, eqs, scales);
+    if (s.WriteFiles) WriteResponseFile(s, d, nodes, first, last, eqs, scales);
 }
 
 }  // namespace tremodal

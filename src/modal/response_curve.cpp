@@ -153,10 +153,13 @@ void ReadSpectrumCurve(RunState& s) {
         }
     } catch (const Failure&) {
         // One trap over the whole read: the run goes on with what stands.
-        if (s.Ui) s.Ui->ShowMessage("Error in Spectrum Data", "TREMODAL");
+        if (s.Ui) s.Ui->ShowMessage(kSpectrumErrorText, "TREMODAL");
     }
 }
 
+const char* const kSpectrumErrorText = "Error in Spectrum Data";
+
 f32 ModePeriod(f32 omega) { return StoreF32(Div(kTwoPi, omega)); }
+f32 ModeHertz(f32 omega) { return StoreF32(f64(omega) / 2 / 3.14159265358979); }
 
 }  // namespace tremodal

@@ -1,8 +1,8 @@
 #include "results/curve_report.h"
 
+#include "modal/response_curve.h"
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
-#include "modal/response_curve.h"
 
 namespace tremodal {
 
@@ -35,15 +35,23 @@ void ReportSpectrum(RunState& s) {
         multiplier = 1000;
     }
     for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
-        const f32 omega = s.Freq.Omega(m);
-        const f32 spectrum = curve.ModalSpectrum(m);
-        const f32 period = ModePeriod(omega);
-        const f32 displacement = StoreF32(multiplier * spectrum);
-        const f32 velocity = StoreF32(f64(omega) * spectrum);
-        const f32 acceleration = StoreF32(f64(omega) * omega * spectrum);
-        list.push_back(PadRight(SignedText(m), 4) + FormatField(period, "##0.000", 11) + FormatField(displacement, "###0.0000", 14) +
-                       FormatField(velocity, "###0.0000", 14) + FormatField(acceleration, "###0.0000", 14));
+        const ModalPoint p = ModalPointOf(s, m, multiplier);
+        list.push_back(PadRight(SignedText(m), 4) + FormatField(p.Period, "##0.000", 11) +
+                       FormatField(p.Displacement, "###0.0000", 14) +
+                       FormatField(p.Velocity, "###0.0000", 14) +
+                       FormatField(p.Acceleration, "###0.0000", 14));
     }
+}
+
+ModalPoint ModalPointOf(const RunState& s, i32 m, f64 displacementMultiplier) {
+    const f32 omega = s.Freq.Omega(m);
+    const f32 spectrum = s.Curve.ModalSpectrum(m);
+    ModalPoint p;
+    p.Period = ModePeriod(omega);
+    p.Displacement = StoreF32(displacementMultiplier * spectrum);
+    p.Velocity = StoreF32(f64(omega) * spectrum);
+    p.Acceleration = StoreF32(f64(omega) * omega * spectrum);
+    return p;
 }
 
 }  // namespace tremodal

@@ -1,15 +1,17 @@
 #include "results/participation_report.h"
 
+#include <algorithm>
+
+#include "modal/response_curve.h"
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
-#include "modal/response_curve.h"
 
 namespace tremodal {
 
 namespace {
 
 constexpr const char* kDirectionLines[] = {
-    "Excitation X Direction ",  "Excitation Y Direction ",  "Excitation Z Direction ",
+    "Excitation X Direction ", "Excitation Y Direction ", "Excitation Z Direction ",
     "Excitation Rx Rotation ", "Excitation Ry Rotation ", "Excitation Rz Rotation ",
 };
 
@@ -26,32 +28,42 @@ void ReportParticipation(RunState& s, i16 d) {
     list.push_back("No      Rad/s  Hertz   Seconds   Eff Mass   Eff Mass   %    Ratio ");
     list.push_back(" ");
 
-    // The modal effective mass is the participation factor squared: the mode
-    // shapes are mass-normalised, so no modal mass is divided out. The running
-    // sum starts afresh in every direction and is rounded to single on every
-    // addition: the suite compares these bits.
-    f32 cumulative = 0;
-    for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
-        const f32 omega = s.Freq.Omega(m);
-        const f32 hertz = StoreF32(f64(omega) / 2 / 3.14159265358979);
-        const f32 period = ModePeriod(omega);
-        const f32 effective = StoreF32(f64(s.Participation(m)) * s.Participation(m));
-        cumulative = StoreF32(f64(cumulative) + effective);
-
+    // A rotation moves no mass in the translational sense, so its rows
+    // carry no share of the excited mass.
+    i32 m = 0;
+    for (const ParticipationRow& r : ParticipationRows(s, d < 4)) {
         // The mode column is four wide; from mode 1000 on the number runs over.
-        std::string row = PadRight(SignedText(m), 4) + FormatField(omega, "##0.00", 8) + FormatField(hertz, "##0.00", 8) +
-                          FormatField(period, "#0.0000", 10) + FormatField(effective, "0.000E+00", 11) +
-                          FormatField(cumulative, "0.000E+00", 11);
-        // A rotation moves no mass in the translational sense, so its rows
-        // carry no share of the excited mass.
-        if (d < 4) {
-            const f32 percent = StoreF32(Div(cumulative, s.ExcitedMass) * 100);
-            row += FormatField(percent, "#0.00", 7);
-        }
+        std::string row = PadRight(SignedText(++m), 4) + FormatField(r.Omega, "##0.00", 8) +
+                          FormatField(r.Hertz, "##0.00", 8) + FormatField(r.Period, "#0.0000", 10) +
+                          FormatField(r.Effective, "0.000E+00", 11) +
+                          FormatField(r.Cumulative, "0.000E+00", 11);
+        if (d < 4) row += FormatField(r.Percent, "#0.00", 7);
         row += FormatField(s.ModalDamping(m), "#0.00", 6);
         list.push_back(row);
     }
     list.push_back(" ");
+}
+
+std::vector<ParticipationRow> ParticipationRows(const RunState& s, bool percent) {
+    // The modal effective mass is the participation factor squared: the mode
+    // shapes are mass-normalised, so no modal mass is divided out. The running
+    // sum starts afresh in every direction and is rounded to single on every
+    // addition: the suite compares these bits.
+    std::vector<ParticipationRow> rows;
+    rows.reserve(std::size_t(std::max(s.Freq.NumModes, 0)));
+    f32 cumulative = 0;
+    for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
+        ParticipationRow r;
+        r.Omega = s.Freq.Omega(m);
+        r.Hertz = ModeHertz(r.Omega);
+        r.Period = ModePeriod(r.Omega);
+        r.Effective = StoreF32(f64(s.Participation(m)) * s.Participation(m));
+        cumulative = StoreF32(f64(cumulative) + r.Effective);
+        r.Cumulative = cumulative;
+        if (percent) r.Percent = StoreF32(Div(cumulative, s.ExcitedMass) * 100);
+        rows.push_back(r);
+    }
+    return rows;
 }
 
 }  // namespace tremodal

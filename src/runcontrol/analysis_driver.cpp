@@ -3,20 +3,20 @@
 #include "input/frequency_case.h"
 #include "missmass/case_exchange.h"
 #include "missmass/missmass_loads.h"
-#include "results/case_list.h"
-#include "results/participation_report.h"
-#include "results/result_case_files.h"
-#include "results/curve_report.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/host.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
-#include "runcontrol/vector_state.h"
 #include "modal/base_shear.h"
 #include "modal/excitation.h"
 #include "modal/modal_response.h"
 #include "modal/participation.h"
 #include "modal/response_curve.h"
+#include "results/case_list.h"
+#include "results/curve_report.h"
+#include "results/participation_report.h"
+#include "results/result_case_files.h"
+#include "runcontrol/checked_math.h"
+#include "runcontrol/host.h"
+#include "runcontrol/number_text.h"
+#include "runcontrol/text_files.h"
+#include "runcontrol/vector_state.h"
 
 namespace tremodal {
 
@@ -45,7 +45,8 @@ void RunDirection(RunState& s, i16 d) {
     CombineBaseShear(s, d);
     s.MissMassLoad(d) = StoreF32(f64(s.MissMassBase) * s.Options.DirFactor(d));
     // Rotations get no missing mass case.
-    if (o.MissMassOn == 1 && s.RunPhase == 1 && d < 4) WriteMissMassCase(s, d);
+    if (o.MissMassOn == 1 && s.RunPhase == 1 && d < 4 && s.WriteFiles) WriteMissMassCase(s, d);
+    if (s.DirectionDone) s.DirectionDone(s, d);
 }
 
 }  // namespace
@@ -80,13 +81,14 @@ void AnalyzeResponse(RunState& s) {
     }
 
     if (o.MissMassOn == 1) {
-        if (s.RunPhase == 1) WriteMissMassComb(s);
+        if (s.RunPhase == 1 && s.WriteFiles) WriteMissMassComb(s);
         AddMissingMassBlock(s);
     }
     if (o.ShowModalShear == 1) AddBaseShearBlock(s);
+    if (s.RunDone) s.RunDone(s);
     // A first pass of a missing mass analysis stops short of the results: the
     // suite's solver has the load cases to solve first.
-    if (s.RunPhase == 1) return;
+    if (s.RunPhase == 1 || !s.WriteFiles) return;
 
     SetLoadCaseTitle(s);
     ResetCase(s, o.ResultsCase);
@@ -108,8 +110,9 @@ void AddMissingMassBlock(RunState& s) {
         totals += FormatField(s.MissMassLoad(i), "0.000E-00", 12);
     }
     s.List1.push_back(" ");
-    s.List1.push_back("Missing Mass Loads  ZPA         Period = " + FormatField(s.Curve.ZpaPeriod, "0.000", 6) +
-                      " Sec " + FormatField(StoreF32(Div(1, s.Curve.ZpaPeriod)), "0.00", 6) + " Hz");
+    s.List1.push_back(
+        "Missing Mass Loads  ZPA         Period = " + FormatField(s.Curve.ZpaPeriod, "0.000", 6) + " Sec " +
+        FormatField(StoreF32(Div(1, s.Curve.ZpaPeriod)), "0.00", 6) + " Hz");
     s.List1.push_back("                      Fxe         Fye         Fze ");
     s.List1.push_back(zpa);
     s.List1.push_back(cases);
@@ -129,11 +132,9 @@ void AddBaseShearBlock(RunState& s) {
         s.List1.push_back("Effect of ground rotation is not included");
     }
     s.List1.push_back("              Fxe         Fye          Fze ");
-    // Every method but the absolute sum leaves the square of the shear.
     std::string total = "Total  ";
     for (int i = 1; i <= 3; ++i) {
-        const f32 shear = o.CombMethod == 4 ? s.BaseShear(i) : StoreF32(Sqrt(s.BaseShear(i)));
-        total += FormatField(shear, "0.000E-00", 12);
+        total += FormatField(CombinedShear(s.BaseShear(i), o.CombMethod), "0.000E-00", 12);
     }
     s.List1.push_back(total);
 }

@@ -367,6 +367,14 @@ std::string GeneralText(f64 x) { return GeneralFloat(x, 15); }
 std::string GeneralText(i16 x) { return std::to_string(x); }
 std::string GeneralText(i32 x) { return std::to_string(x); }
 
+std::string SignificantText(f64 x, int digits) {
+    if (!std::isfinite(x)) return NonFiniteText(x);
+    // The general format of to_chars with a precision is that of %g.
+    char buf[64];
+    const auto end = std::to_chars(buf, buf + sizeof buf, x, std::chars_format::general, digits).ptr;
+    return std::string(buf, end);
+}
+
 std::string PrintItem(f32 x) { return PrintItemOf(x < 0, GeneralText(x)); }
 std::string PrintItem(f64 x) { return PrintItemOf(x < 0, GeneralText(x)); }
 std::string PrintItem(i16 x) { return PrintItemOf(x < 0, GeneralText(x)); }

@@ -19,6 +19,12 @@ std::string GeneralText(f64 x);
 std::string GeneralText(i16 x);
 std::string GeneralText(i32 x);
 
+// The value to `digits` significant digits as C's "%.<digits>g" gives it,
+// always with a "." and never a locale's comma: "0.300000012" and
+// "1.23456789e+10" for 9 digits, the precision that tells any two singles
+// apart. For tables that other programs read, not for the suite's files.
+std::string SignificantText(f64 x, int digits);
+
 // Print item: a sign position (blank unless negative), the general text of
 // the magnitude, one trailing blank: " 25 ", "-25 ", " 0.05 ".
 std::string PrintItem(f32 x);

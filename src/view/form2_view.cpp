@@ -24,6 +24,7 @@
 #include "dialog/commands.h"
 #include "runcontrol/number_text.h"
 #include "runcontrol/startup.h"
+#include "view/plots_window.h"
 
 namespace tremodal {
 
@@ -86,6 +87,29 @@ Form2View::Form2View(RunState& state, QWidget* parent) : QWidget(parent), state_
     SetTabOrder();
     Form_Load(state_, form_);
     PushControls();
+    // The charts need the participation of every direction, which a run
+    // keeps only for the last: the run hands each over as it goes.
+    state_.DirectionDone = [this](RunState& s, i16 d) { RecordDirection(s, d, figures_, false); };
+    state_.RunDone = [this](RunState& s) { RecordRun(s, figures_); };
+}
+
+Form2View::~Form2View() {
+    state_.DirectionDone = nullptr;
+    state_.RunDone = nullptr;
+}
+
+void Form2View::RunButton(int index) {
+    figures_ = RunFigures{};
+    Command1_Click(state_, form_, index);
+}
+
+void Form2View::Plots_Click() {
+    if (plotsWindow_) plotsWindow_->close();
+    auto* window = new PlotsWindow(figures_, *state_.Ui, this);
+    window->setWindowFlag(Qt::Window);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    plotsWindow_ = window;
+    window->show();
 }
 
 QLineEdit* Form2View::Field(const char* name, KeyPress filter) {
@@ -245,17 +269,23 @@ void Form2View::BuildControls() {
 
     // Bottom: the run buttons, Close, and the viewer's own row.
     auto* runs = new QHBoxLayout;
-    runs->addWidget(Command1_0_ =
-                        Button("Command1_0", "Execute", [this] { Command1_Click(state_, form_, 0); }));
-    runs->addWidget(Button("Command1_2", "Execute(Partial)", [this] { Command1_Click(state_, form_, 2); }));
-    runs->addWidget(Button("Command1_1", "Batch", [this] { Command1_Click(state_, form_, 1); }));
-    runs->addWidget(Button("Command1_3", "Batch (Partial)", [this] { Command1_Click(state_, form_, 3); }));
+    runs->addWidget(Command1_0_ = Button("Command1_0", "Execute", [this] { RunButton(0); }));
+    runs->addWidget(Button("Command1_2", "Execute(Partial)", [this] { RunButton(2); }));
+    runs->addWidget(Button("Command1_1", "Batch", [this] { RunButton(1); }));
+    runs->addWidget(Button("Command1_3", "Batch (Partial)", [this] { RunButton(3); }));
     runs->addWidget(Button("Command2", "Close", [this] { Command2_Click(state_, form_); }));
     page->addLayout(runs, 7, 0, 1, 2);
     auto* viewer = new QHBoxLayout;
     viewer->addWidget(Command4_ = Button("Command4", "Close/Open Output  Viewer",
                                          [this] { Command4_Click(state_, form_); }));
     viewer->addWidget(Copy_ = Button("Copy", "Copy", [this] { Copy_Click(state_, form_); }));
+    // The charts of the last run, shown with the viewer.
+    Plots_ = new QPushButton("Plots");
+    Plots_->setObjectName("Plots");
+    Plots_->setAutoDefault(false);
+    Plots_->hide();
+    connect(Plots_, &QPushButton::clicked, this, [this] { Plots_Click(); });
+    viewer->addWidget(Plots_);
     viewer->addStretch();
     page->addLayout(viewer, 8, 0, 1, 2);
 
@@ -343,6 +373,7 @@ void Form2View::PushControls() {
     }
     List1_->setVisible(form_.List1Visible);
     Copy_->setVisible(form_.CopyVisible);
+    Plots_->setVisible(form_.CopyVisible);
     PlaceList1();
 }
 

@@ -5,6 +5,7 @@
 // logic's.
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 #include <array>
 #include <functional>
@@ -12,6 +13,7 @@
 
 #include "dialog/dialog_host.h"
 #include "dialog/form2.h"
+#include "report/run_figures.h"
 
 class QCheckBox;
 class QLabel;
@@ -28,6 +30,7 @@ public:
     // Builds the form on the model in hand and runs Form_Load. The state
     // outlives the view.
     explicit Form2View(RunState& state, QWidget* parent = nullptr);
+    ~Form2View() override;
 
     // DialogHost.
     void SetClipboardText(const std::string& text) override;
@@ -58,6 +61,9 @@ private:
     void PushControls();
     void PlaceList1();
     void Timer1_Timer();
+    // A run button: the figures of the last run start afresh with it.
+    void RunButton(int index);
+    void Plots_Click();
 
     RunState& state_;
     Form2 form_;
@@ -82,6 +88,10 @@ private:
     QPushButton* Command1_0_ = nullptr;
     QPushButton* Command4_ = nullptr;
     QPushButton* Copy_ = nullptr;
+    QPushButton* Plots_ = nullptr;
+    QPointer<QWidget> plotsWindow_;  // the open charts, if any; gone once closed
+    // The figures of the last run, collected as it goes, for the charts.
+    RunFigures figures_;
     QListWidget* List1_ = nullptr;
     QTimer* Timer1_ = nullptr;
     std::map<QObject*, KeyPress> keyFilters_;

@@ -1,0 +1,53 @@
+// The charts of the dialog's last run in a window of their own: the response
+// spectrum with the modes on it, the participation of a direction chosen in
+// a list, and a button that saves both charts of every direction as PNG
+// files, the same files as "TreModal --report N --plots DIR" writes.
+#pragma once
+
+#include <QDialog>
+#include <QString>
+#include <functional>
+#include <string>
+
+#include "report/run_figures.h"
+#include "runcontrol/host.h"
+
+class QComboBox;
+class QPushButton;
+
+namespace tremodal {
+
+// One chart, painted at whatever size the widget has.
+class ChartWidget : public QWidget {
+public:
+    using Paint = std::function<void(QPainter&, const QSize&)>;
+    explicit ChartWidget(Paint paint, QWidget* parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    Paint paint_;
+};
+
+class PlotsWindow : public QDialog {
+public:
+    // The figures are copied; messages go to the host.
+    PlotsWindow(const RunFigures& figures, Host& ui, QWidget* parent = nullptr);
+
+    // Writes spectrum.png and participation-<d>.png into the folder; a
+    // failure is told in a message. Returns whether the files were written.
+    bool SaveCharts(const std::string& folder);
+
+    // Asks for the folder of the saved charts; empty text for none. A folder
+    // dialog unless replaced.
+    std::function<QString()> ChooseFolder;
+
+private:
+    RunFigures figures_;
+    Host& ui_;
+    QComboBox* cboDirection_ = nullptr;
+    ChartWidget* participation_ = nullptr;
+};
+
+}  // namespace tremodal
