@@ -57,24 +57,26 @@ void BuildExcitation(RunState& s, i16 d) {
         const f64 dx = f64(s.Model.NodeX(n)) - s.Options.GroundX;
         const f64 dy = f64(s.Model.NodeY(n)) - s.Options.GroundY;
         const f64 dz = f64(s.Model.NodeZ(n)) - s.Options.GroundZ;
-        // Stored y, z, x; where two freedoms share an equation the later
-        // store stands, and the second part of y adds to what the slot holds.
+        // Where two freedoms of a node share an equation the later store
+        // stands. Translations and the rotation about the vertical store x,
+        // y, z; the horizontal rotations store y, z, x and then add the second
+        // part of y to what the slot holds by then.
         switch (d) {
             case 1:
             case 3:
+                r(ex) = StoreF32(c);
                 r(ey) = 0;
                 r(ez) = StoreF32(sn);
-                r(ex) = StoreF32(c);
                 break;
             case 2:
+                r(ex) = 0;
                 r(ey) = 1;
                 r(ez) = 0;
-                r(ex) = 0;
                 break;
             case 5:
+                r(ex) = StoreF32(dz);
                 r(ey) = 0;
                 r(ez) = StoreF32(-dx);
-                r(ex) = StoreF32(dz);
                 break;
             default:  // 4 and 6: axis (c, 0, s)
                 r(ey) = StoreF32(-dz * c);

@@ -1,9 +1,42 @@
 #include "runcontrol/arrays.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <climits>
 #include <cstdint>
 #include <string>
+
+namespace tremodal {
+
+namespace {
+
+std::int64_t PhysicalMemory() {
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageSize <= 0) return INT64_MAX;
+    return std::int64_t(pages) * std::int64_t(pageSize);
+}
+
+std::int64_t budget = -1;  // not yet known
+
+}  // namespace
+
+std::int64_t MemoryBudget() {
+    if (budget < 0) budget = PhysicalMemory();
+    return budget;
+}
+
+void SetMemoryBudget(std::int64_t bytes) { budget = bytes; }
+
+void RequireMemory(std::int64_t bytes, const char* what) {
+    if (bytes < 0 || bytes > MemoryBudget()) {
+        Fail(kOutOfMemory,
+             std::string("out of memory: ") + what + " would take more memory than the machine has");
+    }
+}
+
+}  // namespace tremodal
 
 namespace tremodal::detail {
 
@@ -26,6 +59,9 @@ void AskForLargePages(void* p, std::size_t bytes) {
 
 void* AllocateZeroed(std::int64_t count, std::size_t size) {
     if (count < 0) Fail(kSubscriptOutOfRange, "negative array bound");
+    std::int64_t bytes = 0;
+    if (__builtin_mul_overflow(count, std::int64_t(size), &bytes)) bytes = -1;
+    RequireMemory(bytes, "an array");
     // calloc hands out pages the kernel zero-fills on first touch, so the
     // large run arrays cost nothing until they are used. Never ask for 0
     // bytes: an empty array is still a valid one.

@@ -15,6 +15,15 @@
 
 namespace tremodal {
 
+// What the run's arrays may take together: by default the machine's memory.
+// A header that asks for more than this fails with 7 before anything is
+// allocated, rather than having the system hand out pages it cannot back.
+// Tools that run the readers on arbitrary input set a smaller budget.
+std::int64_t MemoryBudget();
+void SetMemoryBudget(std::int64_t bytes);
+// Fails with 7 when `bytes` (negative: a size beyond 64 bits) exceed the budget.
+void RequireMemory(std::int64_t bytes, const char* what);
+
 namespace detail {
 struct FreeDeleter {
     void operator()(void* p) const { std::free(p); }

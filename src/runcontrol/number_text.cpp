@@ -133,95 +133,69 @@ Picture ParsePicture(std::string_view text) {
     return pic;
 }
 
-// A single as a picture sees it: its first nine significant digits, the
-// precision that tells any two singles apart, rounded half away from zero.
-// The picture then rounds this decimal, not the binary value behind it, so a
-// single entered as 1234.5678 (held as 1234.56774902...) reads as 1234.56775
-// and shows as "1234.5678" in four decimals, not as "1234.5677".
-struct Decimal9 {
-    char digits[9];  // '1'..'9' first, then '0'..'9'
-    int exponent;    // decimal exponent of the first digit
-};
-
-// Adds one to the decimal digits in [first, last), carrying to the left.
-// Returns true when the carry runs out of the left end (all nines).
-bool IncrementDigits(char* first, char* last) {
-    while (last != first) {
-        --last;
-        if (*last != '9') {
-            ++*last;
-            return false;
-        }
-        *last = '0';
-    }
-    return true;
-}
-
 // The exact decimal value of a positive finite single, in plain decimal with
 // every digit it has. A single is m * 2^k with m odd, and such a value has
 // exactly -k digits behind the point, so this is never longer than the 39
 // integer digits of the largest single or the 149 decimals of the smallest.
-// Written into `buf`; returns the end.
-char* ExactDecimal(f32 a, char* buf, char* bufEnd) {
+std::string ExactDecimal(f32 a) {
     const std::uint32_t bits = std::bit_cast<std::uint32_t>(a);
     const int biased = int((bits >> 23) & 0xFF);
     std::uint32_t mantissa = bits & 0x7FFFFF;
     int power = (biased == 0 ? 1 : biased) - 150;
     if (biased != 0) mantissa |= 0x800000;
     power += std::countr_zero(mantissa);
-    return std::to_chars(buf, bufEnd, f64(a), std::chars_format::fixed, power < 0 ? -power : 0).ptr;
+    char buf[200];
+    const char* end =
+        std::to_chars(buf, buf + sizeof buf, f64(a), std::chars_format::fixed, power < 0 ? -power : 0).ptr;
+    return std::string(static_cast<const char*>(buf), end);
 }
 
-// Nine digits from the full decimal expansion: a tenth digit of 5 or more
-// rounds up, which is half away from zero on an exact value.
-Decimal9 ExactDecimal9(f32 a) {
-    char buf[256];
-    const char* end = ExactDecimal(a, buf, buf + sizeof buf);
-    const char* point = std::find(static_cast<const char*>(buf), end, '.');
-    Decimal9 d;
-    std::fill(d.digits, d.digits + 9, '0');
-    int count = 0;
-    char next = '0';
-    for (const char* p = buf; p < end; ++p) {
-        if (*p == '.' || (count == 0 && *p == '0')) continue;
-        if (count == 0) d.exponent = p < point ? int(point - p) - 1 : -int(p - point);
-        if (count == 9) {
-            next = *p;
-            break;
-        }
-        d.digits[count++] = *p;
-    }
-    if (next >= '5' && IncrementDigits(d.digits, d.digits + 9)) {
-        d.digits[0] = '1';
-        ++d.exponent;
-    }
-    return d;
-}
-
-Decimal9 ToDecimal9(f32 a) {
+// The digits of |a| * 10^p rounded once to an integer, half away from zero,
+// from the exact binary value of the single: "0" when it rounds to nothing.
+// No intermediate rounding to some number of significant digits may come
+// first, or a value such as 250.72904968 in four decimals would round up
+// twice and show 250.7291.
+std::string RoundedDigits(f32 a, int p) {
     static constexpr f64 kPow10[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
-    // From 1e-4 up to 1e9 the single scaled to nine integer digits needs at
-    // most 10^12 = 5^12 * 2^12, and 24 + 28 bits fit a double: the product is
-    // exact and std::round rounds it half away from zero. Outside that range
-    // the full decimal expansion is rounded instead.
-    const f64 x = a;
-    int exponent = 0;
-    if (x >= 1) {
-        while (exponent < 9 && x >= kPow10[exponent + 1]) ++exponent;
-        if (exponent == 9) return ExactDecimal9(a);
+    const f64 x = std::fabs(f64(a));
+    if (p >= 0 && p <= 12) {
+        // 10^p = 5^p * 2^p with 5^12 below 2^28: the 24-bit mantissa times
+        // 5^p fits the 53 bits of a double, so the product is exact and
+        // std::round rounds that exact value half away from zero.
+        const f64 scaled = std::round(x * kPow10[p]);
+        if (scaled < 9e18) {
+            char buf[24];
+            const char* end = std::to_chars(buf, buf + sizeof buf, std::uint64_t(scaled)).ptr;
+            return std::string(static_cast<const char*>(buf), end);
+        }
+    }
+    // Any other scale works on every digit of the exact value: the digit
+    // behind the rounding place decides, and since the expansion is exact a
+    // 5 there means at least one half.
+    std::string digits = ExactDecimal(std::fabs(a));
+    const std::size_t point = digits.find('.');
+    const std::ptrdiff_t intLength =
+        point == std::string::npos ? std::ptrdiff_t(digits.size()) : std::ptrdiff_t(point);
+    if (point != std::string::npos) digits.erase(point, 1);
+    const std::ptrdiff_t keep = intLength + p;  // digits before the rounding place
+    if (keep < 0) return "0";
+    const bool up = keep < std::ptrdiff_t(digits.size()) && digits[std::size_t(keep)] >= '5';
+    if (keep <= std::ptrdiff_t(digits.size())) {
+        digits.resize(std::size_t(keep));
     } else {
-        while (exponent > -5 && x * kPow10[-exponent] < 1) --exponent;
-        if (exponent == -5) return ExactDecimal9(a);
+        digits.append(std::size_t(keep) - digits.size(), '0');
     }
-    f64 scaled = std::round(x * kPow10[8 - exponent]);
-    if (scaled == 1e9) {
-        scaled = 1e8;
-        ++exponent;
+    if (up) {
+        std::ptrdiff_t i = keep - 1;
+        for (; i >= 0 && digits[std::size_t(i)] == '9'; --i) digits[std::size_t(i)] = '0';
+        if (i < 0) {
+            digits.insert(digits.begin(), '1');
+        } else {
+            ++digits[std::size_t(i)];
+        }
     }
-    Decimal9 d;
-    d.exponent = exponent;
-    std::to_chars(d.digits, d.digits + 9, std::uint32_t(scaled));
-    return d;
+    const std::size_t first = digits.find_first_not_of('0');
+    return first == std::string::npos ? "0" : digits.substr(first);
 }
 
 // Appends the fraction digits, leaving out trailing zeros in '#' positions.
@@ -234,36 +208,9 @@ void AppendFraction(std::string& out, const Picture& pic, const char* frac) {
 
 std::string FixedPicture(f32 value, const Picture& pic) {
     // The digits of |value| * 10^decimals rounded to an integer.
-    char digits[64];
-    int length = 0;
-    std::string wide;  // a very large value or very many decimals
-    char* first = digits;
-    if (value != 0) {
-        const Decimal9 d = ToDecimal9(std::fabs(value));
-        const int kept = d.exponent + pic.fracDigits + 1;  // digits before the rounding place
-        if (kept <= 0) {
-            digits[length++] = kept == 0 && d.digits[0] >= '5' ? '1' : '0';
-        } else if (kept >= 9) {
-            if (kept + 1 > int(sizeof digits)) {
-                wide.assign(std::size_t(kept), '0');
-                first = wide.data();
-            }
-            std::copy(d.digits, d.digits + 9, first);
-            std::fill(first + 9, first + kept, '0');
-            length = kept;
-        } else {
-            digits[0] = '0';  // room for a carry
-            std::copy(d.digits, d.digits + kept, digits + 1);
-            length = kept + 1;
-            if (d.digits[kept] >= '5' && IncrementDigits(digits + 1, digits + length)) digits[0] = '1';
-            if (digits[0] == '0') {
-                ++first;
-                --length;
-            }
-        }
-    } else {
-        digits[length++] = '0';
-    }
+    std::string rounded = RoundedDigits(value, pic.fracDigits);
+    const char* first = rounded.data();
+    int length = int(rounded.size());
 
     // At least one digit before the fraction, so both parts can be cut out.
     const int needed = pic.fracDigits + 1;
@@ -294,14 +241,18 @@ std::string ExponentPicture(f32 value, const Picture& pic) {
     std::string mantissa(std::size_t(significant), '0');
     int exponent = 0;
     if (value != 0) {
-        const Decimal9 d = ToDecimal9(std::fabs(value));
-        exponent = d.exponent;
-        std::copy(d.digits, d.digits + std::min(significant, 9), mantissa.data());
-        if (significant < 9 && d.digits[significant] >= '5' &&
-            IncrementDigits(mantissa.data(), mantissa.data() + significant)) {
-            mantissa[0] = '1';
-            ++exponent;
+        // The decimal exponent from the logarithm may be one off either way
+        // near a power of ten; the digit count of the rounded mantissa tells
+        // and the rounding is done again from the exact value, never from the
+        // rounded digits. A carry to one digit more (9.9996 to 10.000) is
+        // met in the same way.
+        exponent = int(std::floor(std::log10(std::fabs(f64(value)))));
+        std::string digits = RoundedDigits(value, significant - 1 - exponent);
+        for (int tries = 0; tries < 4 && int(digits.size()) != significant; ++tries) {
+            exponent += int(digits.size()) > significant ? 1 : -1;
+            digits = RoundedDigits(value, significant - 1 - exponent);
         }
+        mantissa = digits;
         exponent -= intDigits - 1;
     }
 

@@ -34,8 +34,11 @@ std::string SignedText(i32 x);
 
 // A single in a picture: "0", "0.00", "#0.00", "##0.00", "0.000", "##0.000",
 // "#0.0000", "###0.0000", "0.000E+00" (exponent sign always) or "0.000E-00"
-// (exponent sign only when negative). Rounds half away from zero; digits
-// beyond the picture on the left are all shown; a negative value gets "-".
+// (exponent sign only when negative). The exact binary value of the single
+// is rounded once, half away from zero, at the picture's last digit, so the
+// single nearest 1234.5678 (1234.5677490234375) shows as "1234.5677"; digits
+// beyond the picture on the left are all those of that exact value; a
+// negative value gets "-".
 std::string FormatPicture(f32 value, std::string_view picture);
 
 // The value in the picture, blanks in front up to the width, then the

@@ -66,7 +66,9 @@ FrequencyCaseData TwoNodeCase() {
     return c;
 }
 
-void Patch(std::string& bytes, std::size_t at, const std::string& with) { bytes.replace(at, with.size(), with); }
+void Patch(std::string& bytes, std::size_t at, const std::string& with) {
+    bytes.replace(at, with.size(), with);
+}
 
 TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
     {
@@ -116,9 +118,17 @@ TEST(FrequencyCase, FileEndingInAnySectionIsInputPastEnd) {
     // Header, eigenvalues, shape block, mass form, mass count, masses; the
     // discarded word and the last term of the square block.
     const std::pair<const std::string*, std::size_t> cuts[] = {
-        {&lumpedBytes, 0},   {&lumpedBytes, 39},  {&lumpedBytes, 63},  {&lumpedBytes, 64},
-        {&lumpedBytes, 351}, {&lumpedBytes, 355}, {&lumpedBytes, 359}, {&lumpedBytes, lumpedBytes.size() - 1},
-        {&squareBytes, 357}, {&squareBytes, 360}, {&squareBytes, squareBytes.size() - 1},
+        {&lumpedBytes, 0},
+        {&lumpedBytes, 39},
+        {&lumpedBytes, 63},
+        {&lumpedBytes, 64},
+        {&lumpedBytes, 351},
+        {&lumpedBytes, 355},
+        {&lumpedBytes, 359},
+        {&lumpedBytes, lumpedBytes.size() - 1},
+        {&squareBytes, 357},
+        {&squareBytes, 360},
+        {&squareBytes, squareBytes.size() - 1},
     };
     for (const auto& [bytes, length] : cuts) {
         CaseFixture f;
@@ -133,7 +143,54 @@ TEST(FrequencyCase, FileEndingInAnySectionIsInputPastEnd) {
     EXPECT_EQ(f.state.Freq.Eigenvalue.Upper(), -1);
 }
 
+TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
+    // Ten modes announced, the third eigenvalue is the zero: the shape block
+    // of two modes follows the zero directly and the file ends with the mass
+    // block. The arrays keep room for the ten announced modes.
+    CaseFixture f;
+    FrequencyCaseData c = TwoNodeCase();
+    c.Modes = 10;
+    c.Eigenvalues = {39.5, 412.25, 0.0};
+    c.Shapes.resize(2);
+    const std::string bytes = FrequencyCaseBytes(c);
+    ASSERT_EQ(bytes.size(), 40u + 3 * 8 + 2 * 2 * 48 + 4 + 4 + 6 * 8);
+    f.Write(bytes);
+    f.ReadAll();
+    const FrequencyCase& r = f.state.Freq;
+    EXPECT_EQ(r.NumModes, 2);
+    EXPECT_EQ(r.Eigenvalue.Upper(), 10);
+    EXPECT_EQ(r.ModeShape.Upper2(), 10);
+    EXPECT_EQ(r.ModeShape(3, 2), -3.5f);
+    EXPECT_EQ(r.MassTerms(6), 7.1f);
+    EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
+
+    // Equations are not tied to the case nodes: 40 equations, two nodes.
+    CaseFixture g;
+    c.NumDof = 40;
+    c.Masses.resize(40, 1.0);
+    g.Write(FrequencyCaseBytes(c));
+    g.ReadAll();
+    EXPECT_EQ(g.state.Freq.NumDof, 40);
+    EXPECT_EQ(g.state.Freq.MassTerms(40), 1.0f);
+
+    // No mode at all: the equation count stands by itself.
+    CaseFixture h;
+    h.Write(BytesI32(0) + BytesI32(13) + BytesI32(1) + std::string(28, '\0') + BytesF64(0) + BytesI32(1) +
+            BytesI32(0));
+    h.ReadAll();
+    EXPECT_EQ(h.state.Freq.NumModes, 0);
+    EXPECT_EQ(h.state.Freq.NumDof, 13);
+    EXPECT_EQ(h.state.Excitation.Upper(), 13);
+}
+
 TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
+    // What the machine can give is set low, so that the test does not depend
+    // on the memory of the machine it runs on.
+    struct Budget {
+        std::int64_t old = MemoryBudget();
+        Budget() { SetMemoryBudget(std::int64_t(1) << 30); }
+        ~Budget() { SetMemoryBudget(old); }
+    } budget;
     // Unused word and direction masses, one eigenvalue, 52 bytes to the end.
     const std::string body = std::string(28, '\0') + BytesF64(100) + std::string(52, '\0');
     struct Header {
@@ -141,12 +198,11 @@ TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
         int failure;
     };
     const Header headers[] = {
-        {1, 2000000000, 1, kInputPastEnd},  // more equations than freedoms
-        {1, 6, 2000000000, kInputPastEnd},  // eigenvalues beyond the file
+        {1, 2000000000, 1, kOutOfMemory},   // arrays of 16 GB
+        {0, 6, 2000000000, kOutOfMemory},   // a zero ends the list, the arrays keep its count
+        {1, 6, 3, kInputPastEnd},           // the zero leaves one mode, whose shapes overrun the file
         {2000000000, 6, 1, kInputPastEnd},  // shape block beyond the file
-        {-1, 6, 1, kSubscriptOutOfRange},
-        {1, -6, 1, kSubscriptOutOfRange},
-        {1, 6, -1, kSubscriptOutOfRange},
+        {-1, 6, 1, kSubscriptOutOfRange},  {1, -6, 1, kSubscriptOutOfRange}, {1, 6, -1, kSubscriptOutOfRange},
         {5, 6, 1, kInputPastEnd},  // five node blocks cannot stand in 56 bytes
     };
     for (const Header& h : headers) {
@@ -160,10 +216,10 @@ TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
         EXPECT_EQ(f.state.ModalAccel.Upper1(), -1);
     }
     {
-        // No mode in use: the equations are bounded by the model's freedoms.
+        // A list with neither its count nor a zero in the file.
         CaseFixture f;
-        f.Write(BytesI32(0) + BytesI32(13) + BytesI32(1) + std::string(28, '\0') + BytesF64(0) +
-                BytesI32(1) + BytesI32(0));
+        f.Write(BytesI32(1) + BytesI32(6) + BytesI32(4) + std::string(28, '\0') + BytesF64(100) +
+                BytesF64(200));
         EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), kInputPastEnd);
         EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
     }

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "support/test_support.h"
-
 #include <functional>
 #include <limits>
+
+#include "support/test_support.h"
 
 namespace tremodal {
 namespace {
@@ -14,6 +14,10 @@ using testing::FailureOf;
 using testing::MessageOf;
 
 TEST(NumberText, PicturesOfTheReportTable) {
+    // The singles nearest the table's decimals: 1234.5677490234375 and
+    // 0.01230000000447034835815. A picture formats that exact value, so the
+    // four-decimal pictures show 1234.5677 where the decimal 1234.5678 would
+    // show itself.
     const f32 a = 1234.5678f;
     const f32 b = 0.0123f;
     EXPECT_EQ(FormatPicture(a, "0"), "1235");
@@ -33,7 +37,7 @@ TEST(NumberText, PicturesOfTheReportTable) {
         EXPECT_EQ(FormatPicture(0, picture), "0.000") << picture;
     }
     for (const char* picture : {"#0.0000", "###0.0000"}) {
-        EXPECT_EQ(FormatPicture(a, picture), "1234.5678") << picture;
+        EXPECT_EQ(FormatPicture(a, picture), "1234.5677") << picture;
         EXPECT_EQ(FormatPicture(b, picture), "0.0123") << picture;
         EXPECT_EQ(FormatPicture(0, picture), "0.0000") << picture;
     }
@@ -45,7 +49,8 @@ TEST(NumberText, PicturesOfTheReportTable) {
     EXPECT_EQ(FormatPicture(0, "0.000E-00"), "0.000E00");
 }
 
-TEST(NumberText, PicturesRoundTheNineDigitDecimalHalfAwayFromZero) {
+TEST(NumberText, PicturesRoundTheExactValueOnceHalfAwayFromZero) {
+    // Binary fractions that end exactly on a half round away from zero.
     EXPECT_EQ(FormatPicture(0.125f, "0.00"), "0.13");
     EXPECT_EQ(FormatPicture(-0.125f, "0.00"), "-0.13");
     EXPECT_EQ(FormatPicture(2.5f, "0"), "3");
@@ -53,22 +58,27 @@ TEST(NumberText, PicturesRoundTheNineDigitDecimalHalfAwayFromZero) {
     EXPECT_EQ(FormatPicture(0.5f, "0"), "1");
     EXPECT_EQ(FormatPicture(1.0625f, "0.000E+00"), "1.063E+00");
     EXPECT_EQ(FormatPicture(0.125f, "0.0E+00"), "1.3E-01");
-    // Held as 1234.56774902..., nine digits 1234.56775.
-    EXPECT_EQ(FormatPicture(1234.5678f, "0.0000000"), "1234.5677500");
+    EXPECT_EQ(FormatPicture(1234567.125f, "0.00"), "1234567.13");
+    EXPECT_EQ(FormatPicture(6.103515625e-5f, "0.0000000000000"), "0.0000610351563");  // 2^-14
+    EXPECT_EQ(FormatPicture(0.0009765625f, "0.000000000"), "0.000976563");            // 2^-10
+    EXPECT_EQ(FormatPicture(0.0009765625f, "0.000000000000"), "0.000976562500");
+    // 250.7290496826171875: nine digits would give 250.729050 and a second
+    // rounding 250.7291.
+    EXPECT_EQ(FormatPicture(250.72905f, "###0.0000"), "250.7290");
+    // 1.016499996185302734375: nine digits 1.01650000, then 1.017.
+    EXPECT_EQ(FormatPicture(1.0165f, "0.000E+00"), "1.016E+00");
+    EXPECT_EQ(FormatPicture(-1.0165f, "0.000E-00"), "-1.016E00");
+    // 1234.5677490234375 to seven decimals, every digit its own.
+    EXPECT_EQ(FormatPicture(1234.5678f, "0.0000000"), "1234.5677490");
     // 0.0015 is held as 0.00150000001..., 0.0025 as 0.00249999994...
     EXPECT_EQ(FormatPicture(0.0015f, "0.000"), "0.002");
     EXPECT_EQ(FormatPicture(0.0025f, "0.000"), "0.002");
-    // Exactly ten digits: the ninth rounds half away, not to even.
-    EXPECT_EQ(FormatPicture(1234567.125f, "0.00"), "1234567.13");
-    EXPECT_EQ(FormatPicture(6.103515625e-5f, "0.0000000000000"), "0.0000610351563");
-    EXPECT_EQ(FormatPicture(0.0009765625f, "0.000000000"), "0.000976563");
-    EXPECT_EQ(FormatPicture(0.0009765625f, "0.000000000000"), "0.000976562500");
     EXPECT_EQ(FormatPicture(0.4f, "0"), "0");
     EXPECT_EQ(FormatPicture(0.0004f, "0.000"), "0.000");
     EXPECT_EQ(FormatPicture(0.0005f, "0.000"), "0.001");
 }
 
-TEST(NumberText, PicturesCarrySignAndLargeValues) {
+TEST(NumberText, PicturesCarrySignAndShowEveryDigitOfLargeValues) {
     EXPECT_EQ(FormatPicture(9.9996f, "0.000E+00"), "1.000E+01");
     EXPECT_EQ(FormatPicture(9.996f, "0.00"), "10.00");
     EXPECT_EQ(FormatPicture(-0.0001f, "0.00"), "-0.00");
@@ -76,13 +86,20 @@ TEST(NumberText, PicturesCarrySignAndLargeValues) {
     EXPECT_EQ(FormatPicture(-0.1f, "0.000E-00"), "-1.000E-01");
     EXPECT_EQ(FormatPicture(5.0f, "##0.00"), "5.00");
     EXPECT_EQ(FormatPicture(16777216.0f, "0"), "16777216");
-    EXPECT_EQ(FormatPicture(1e20f, "0.00"), "100000002000000000000.00");
-    EXPECT_EQ(FormatPicture(1234567936.0f, "0"), "1234567940");
+    // Digits beyond the picture on the left are those of the exact value,
+    // no zeros made up behind the ninth.
+    EXPECT_EQ(FormatPicture(17717442560.0f, "###0.0000"), "17717442560.0000");
+    EXPECT_EQ(FormatPicture(1e20f, "0.00"), "100000002004087734272.00");
+    EXPECT_EQ(FormatPicture(1234567936.0f, "0"), "1234567936");
     EXPECT_EQ(FormatPicture(999999999.9f, "0"), "1000000000");
     EXPECT_EQ(FormatPicture(3e38f, "0.000E+00"), "3.000E+38");
-    EXPECT_EQ(FormatPicture(-1e-40f, "0.000E-00"), "-1.000E-40");  // a denormal
+    EXPECT_EQ(FormatPicture(-1e-40f, "0.000E-00"), "-1.000E-40");  // a denormal, 9.99994610e-41
     EXPECT_EQ(FormatPicture(1e-5f, "0.000E-00"), "1.000E-05");
     EXPECT_EQ(FormatPicture(123456.7f, "0.000E-00"), "1.235E05");
+    EXPECT_EQ(FormatPicture(1000.0f, "0.000E+00"), "1.000E+03");
+    EXPECT_EQ(FormatPicture(999.94995f, "0.000E+00"), "9.999E+02");  // 999.949951171875
+    EXPECT_EQ(FormatPicture(1e-30f, "0.000E+00"), "1.000E-30");
+    EXPECT_EQ(FormatPicture(1e-30f, "0.0000"), "0.0000");
 }
 
 TEST(NumberText, ValReadsTheLongestNumericPrefix) {
