@@ -4,14 +4,11 @@
 #include "input/node_coordinates.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ClearFiles();
-    std::string_view input = Bytes(data, size);
-    Run run;
-    run.State.Model.NumNodes = TakeI16(input);
-    WriteFile("FUZZ.XYZ", input);
-    Attempt([&] { ReadNodeCoordinates(run.State); });
+    fuzz::Run run(data, size);
+    run.State.Model.NumNodes = run.TakeI16();
+    run.WriteRest("FUZZ.XYZ");
+    fuzz::Attempt([&] { ReadNodeCoordinates(run.State); });
     return 0;
 }

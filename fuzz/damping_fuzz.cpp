@@ -4,18 +4,15 @@
 #include "input/modal_damping.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ClearFiles();
-    std::string_view input = Bytes(data, size);
-    Run run;
+    fuzz::Run run(data, size);
     RunState& s = run.State;
-    s.Freq.NumModes = TakeU8(input);
+    s.Freq.NumModes = run.TakeU8();
+    run.WriteRest("FUZZ.USD1");
     s.Options.FreqCase = "1";
     s.Options.DampingRatio = 0.05f;
-    WriteFile("FUZZ.USD1", input);
-    Attempt([&] {
+    fuzz::Attempt([&] {
         AllocateRunArrays(s);
         ReadModalDamping(s);
     });

@@ -6,23 +6,19 @@
 #include "input/frequency_case.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ClearFiles();
-    std::string_view input = Bytes(data, size);
-    Run run;
+    fuzz::Run run(data, size);
     RunState& s = run.State;
-    s.Model.NumNodes = TakeI16(input);
+    s.Model.NumNodes = run.TakeI16();
+    run.WriteRest("FUZZ.H1");
     s.BatchRun = 1;
     s.Options.FreqCase = "1";
     s.Options.DampingRatio = 0.05f;
-    WriteFile("FUZZ.H1", input);
-    Attempt([&] {
+    fuzz::Attempt([&] {
         ReadFrequencyCase(s);
         if (s.Freq.MassForm == 0) ReadMassMatrix(s);
         if (s.Freq.MassForm == 1) ReadMassVector(s);
     });
-    s.Freq.Stream.reset();
     return 0;
 }

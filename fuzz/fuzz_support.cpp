@@ -25,28 +25,11 @@ void RemoveWorkDir() {
 
 }  // namespace
 
-const char* const kFileMark = "@@FILE@@";
+namespace {
 
-std::string QuietHost::ReadSetting(const std::string&, const std::string&, const std::string& key) {
-    return key == "Files2" ? "./bin" : ".";
-}
+const char* const kFileMark = "\n@@FILE@@\n";
 
-void QuietHost::ShowMessage(const std::string&, const std::string&) { ++Messages; }
-
-std::string QuietHost::Prompt(const std::string&, const std::string&, const std::string&) { return ""; }
-
-void QuietHost::StartChild(const std::string&) {}
-
-ChildState QuietHost::PollChild() { return ChildState::Ended; }
-
-Run::Run() {
-    State.Ui = &Ui;
-    State.Model.FilesDir = ".";
-    State.Model.ProgramDir = "./bin";
-    State.Model.ModelPath = "FUZZ";
-    State.Model.ModelName = "FUZZ";
-}
-
+// Removes every file of the previous input, so that no input sees another's.
 void ClearFiles() {
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(".", ignored)) {
@@ -54,39 +37,49 @@ void ClearFiles() {
     }
 }
 
-void WriteFile(const std::string& name, std::string_view bytes) {
-    std::ofstream out(name, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}  // namespace
+
+Run::Run(const std::uint8_t* data, std::size_t size) : input_(reinterpret_cast<const char*>(data), size) {
+    ClearFiles();
+    Ui.Files1 = ".";
+    Ui.Files2 = "./bin";
+    State.Ui = &Ui;
+    State.Model.FilesDir = Ui.Files1;
+    State.Model.ProgramDir = Ui.Files2;
+    State.Model.ModelPath = "FUZZ";
+    State.Model.ModelName = "FUZZ";
 }
 
-std::string_view Bytes(const std::uint8_t* data, std::size_t size) {
-    return {reinterpret_cast<const char*>(data), size};
-}
-
-std::vector<std::string_view> SplitFiles(std::string_view input) {
-    std::vector<std::string_view> parts;
-    const std::string mark = std::string("\n") + kFileMark + "\n";
-    for (;;) {
-        const std::size_t at = input.find(mark);
-        if (at == std::string_view::npos) break;
-        parts.push_back(input.substr(0, at + 1));
-        input.remove_prefix(at + mark.size());
-    }
-    parts.push_back(input);
-    return parts;
-}
-
-std::uint8_t TakeU8(std::string_view& input) {
-    if (input.empty()) return 0;
-    const auto value = static_cast<std::uint8_t>(input.front());
-    input.remove_prefix(1);
+std::uint8_t Run::TakeU8() {
+    if (input_.empty()) return 0;
+    const auto value = static_cast<std::uint8_t>(input_.front());
+    input_.remove_prefix(1);
     return value;
 }
 
-std::int16_t TakeI16(std::string_view& input) {
-    const unsigned low = TakeU8(input);
-    const unsigned high = TakeU8(input);
+std::int16_t Run::TakeI16() {
+    const unsigned low = TakeU8();
+    const unsigned high = TakeU8();
     return static_cast<std::int16_t>(low | (high << 8));
+}
+
+void Run::WriteRest(const std::string& name) const { WriteFile(name, input_); }
+
+std::vector<std::string_view> Run::SplitFiles() const {
+    std::vector<std::string_view> parts;
+    const std::string_view mark(kFileMark);
+    std::string_view rest = input_;
+    for (std::size_t at = rest.find(mark); at != std::string_view::npos; at = rest.find(mark)) {
+        parts.push_back(rest.substr(0, at + 1));
+        rest.remove_prefix(at + mark.size());
+    }
+    parts.push_back(rest);
+    return parts;
+}
+
+void WriteFile(const std::string& name, std::string_view bytes) {
+    std::ofstream out(name, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 }  // namespace tremodal::fuzz

@@ -1,4 +1,4 @@
-// What the fuzz targets share: a quiet stand-in for the machine, a private
+// What the fuzz targets share: the test fake for the machine, a private
 // working directory for the files an input becomes, and the split of one
 // input into several model files.
 //
@@ -16,49 +16,37 @@
 #include <vector>
 
 #include "runcontrol/failure.h"
-#include "runcontrol/host.h"
 #include "runcontrol/run_state.h"
+#include "support/test_support.h"
 
 namespace tremodal::fuzz {
 
-// The machine without a screen or an operator: both settings name the
-// working directory, a message box is counted and never waits, a prompt is
-// cancelled, and no child is ever started.
-class QuietHost : public Host {
+// One input's run on the model "FUZZ" in the working directory, as start-up
+// leaves it, with the files of the input before cleared away. The machine is
+// the tests' fake: message boxes are recorded and never wait, prompts are
+// cancelled, children never start, and both settings name the working
+// directory.
+class Run {
 public:
-    std::string ReadSetting(const std::string& application, const std::string& section,
-                            const std::string& key) override;
-    void ShowMessage(const std::string& text, const std::string& title) override;
-    std::string Prompt(const std::string& title, const std::string& question,
-                       const std::string& proposed) override;
-    void StartChild(const std::string& program) override;
-    ChildState PollChild() override;
+    Run(const std::uint8_t* data, std::size_t size);
 
-    int Messages = 0;
-};
+    // Parameters off the front of the input (zero past its end).
+    std::uint8_t TakeU8();
+    std::int16_t TakeI16();
+    // Writes what is left of the input to the file.
+    void WriteRest(const std::string& name) const;
+    // The input split into the parts that stand for several files, at each
+    // line "@@FILE@@" (the line end before it stays with its part).
+    std::vector<std::string_view> SplitFiles() const;
 
-// A run on the model "FUZZ" in the working directory, as start-up leaves it.
-struct Run {
-    Run();
-    QuietHost Ui;
+    testing::FakeHost Ui;
     RunState State;
+
+private:
+    std::string_view input_;
 };
 
-// Removes every file of the previous input, so that no input sees another's.
-void ClearFiles();
 void WriteFile(const std::string& name, std::string_view bytes);
-
-// The input as text.
-std::string_view Bytes(const std::uint8_t* data, std::size_t size);
-
-// The parts of an input that stand for several files, split at each line
-// "@@FILE@@" (the line end of the part before it included).
-std::vector<std::string_view> SplitFiles(std::string_view input);
-extern const char* const kFileMark;
-
-// Takes a parameter off the front of the input (zero past its end).
-std::uint8_t TakeU8(std::string_view& input);
-std::int16_t TakeI16(std::string_view& input);
 
 // Runs a reader: a numbered failure is one of its ordinary outcomes.
 template <class Operation>

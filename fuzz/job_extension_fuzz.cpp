@@ -4,12 +4,10 @@
 #include "fuzz_support.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ClearFiles();
-    WriteFile("FUZZ.XBT", Bytes(data, size));
-    Run run;
-    Attempt([&] { BatchJobFile(run.State); });
+    fuzz::Run run(data, size);
+    run.WriteRest("FUZZ.XBT");
+    fuzz::Attempt([&] { BatchJobFile(run.State); });
     return 0;
 }

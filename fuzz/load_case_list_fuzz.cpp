@@ -9,15 +9,12 @@
 #include "runcontrol/number_text.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ClearFiles();
-    std::string_view input = Bytes(data, size);
-    Run run;
-    const i16 caseNumber = TakeI16(input);
-    WriteFile("FUZZ.NSL", input);
-    Attempt([&] {
+    fuzz::Run run(data, size);
+    const i16 caseNumber = run.TakeI16();
+    run.WriteRest("FUZZ.NSL");
+    fuzz::Attempt([&] {
         const NslRecord first = ReadNslRecord(run.State, caseNumber);
         WriteNslRecord(run.State, caseNumber, first);
         const NslRecord again = ReadNslRecord(run.State, caseNumber);

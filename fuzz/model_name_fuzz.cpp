@@ -5,15 +5,13 @@
 #include "runcontrol/startup.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ClearFiles();
-    const auto files = SplitFiles(Bytes(data, size));
-    WriteFile("MODEL.NAM", files[0]);
-    if (files.size() > 1) WriteFile("FUZZ.XSZ", files[1]);
-    Run run;
-    Attempt([&] {
+    fuzz::Run run(data, size);
+    const auto files = run.SplitFiles();
+    fuzz::WriteFile("MODEL.NAM", files[0]);
+    if (files.size() > 1) fuzz::WriteFile("FUZZ.XSZ", files[1]);
+    fuzz::Attempt([&] {
         ReadModelName(run.State);
         ReadModelSize(run.State);
     });

@@ -4,15 +4,13 @@
 #include "input/options_file.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ClearFiles();
-    WriteFile("FUZZ.USM1", Bytes(data, size));
-    Run run;
+    fuzz::Run run(data, size);
+    run.WriteRest("FUZZ.USM1");
     run.State.Options.OptionsNumber = "1";
     run.State.Options.OptionsFile = "FUZZ.USM1";
-    Attempt([&] {
+    fuzz::Attempt([&] {
         ReadOptions(run.State);
         WriteOptionsFile(run.State);
         ReadOptions(run.State);

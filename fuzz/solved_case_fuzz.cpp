@@ -5,21 +5,18 @@
 #include "missmass/case_exchange.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    ClearFiles();
-    std::string_view input = Bytes(data, size);
-    Run run;
+    fuzz::Run run(data, size);
     RunState& s = run.State;
-    const i32 nodes = TakeU8(input);
-    const f32 period = TakeU8(input) * 0.1f;
+    const i32 nodes = run.TakeU8();
+    const f32 period = run.TakeU8() * 0.1f;
+    run.WriteRest("FUZZ.R10");
     s.Model.NumNodes = static_cast<f32>(nodes);
     s.Freq.NumModes = 2;
     s.Freq.NumDof = 6 * nodes;
     s.MissMassCase = "10";
-    WriteFile("FUZZ.R10", input);
-    Attempt([&] {
+    fuzz::Attempt([&] {
         AllocateRunArrays(s);
         for (i32 n = 1; n <= nodes; ++n) {
             for (int k = 1; k <= 6; ++k) s.Freq.NodeDof(n, k) = 6 * (n - 1) + k;

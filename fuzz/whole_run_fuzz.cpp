@@ -8,7 +8,6 @@
 #include "runcontrol/startup.h"
 
 using namespace tremodal;
-using namespace tremodal::fuzz;
 
 namespace {
 
@@ -23,17 +22,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // stays well inside the time limit, and headers of half a million
     // equations still pass.
     SetMemoryBudget(16 << 20);
-    ClearFiles();
-    const auto parts = SplitFiles(Bytes(data, size));
+    fuzz::Run run(data, size);
+    const auto parts = run.SplitFiles();
     std::string commandLine(parts[0]);
     while (!commandLine.empty() && (commandLine.back() == '\n' || commandLine.back() == '\r'))
         commandLine.pop_back();
     // An empty command line would open the dialog.
     if (commandLine.empty()) commandLine = "1/20/";
-    WriteFile("MODEL.NAM", "\"FUZZ\",\"FUZZ\"\r\n");
+    fuzz::WriteFile("MODEL.NAM", "\"FUZZ\",\"FUZZ\"\r\n");
     for (std::size_t k = 1; k < parts.size() && k <= std::size(kFiles); ++k)
-        WriteFile(kFiles[k - 1], parts[k]);
-    Run run;
+        fuzz::WriteFile(kFiles[k - 1], parts[k]);
     Main(run.State, commandLine);
     return 0;
 }
