@@ -1,0 +1,93 @@
+// Worker threads for work whose result does not depend on the order in which
+// it is done. What they make is used in the order a single thread would use
+// it, so every file and every failure stays what one thread gives.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <exception>
+#include <thread>
+#include <vector>
+
+#include "runcontrol/failure.h"
+
+namespace tremodal {
+
+// How many threads a run may work on at once: the processor's cores unless
+// set. 1 works everything on the calling thread.
+int WorkerThreads();
+void SetWorkerThreads(int count);
+
+// Rows first..last of a double sum, each row's terms worked out by
+// `rowTerms(i, terms)` (which returns false where a term would fail, and must
+// not throw) and handed to `useRow(i, terms, good)` in ascending row order on
+// the calling thread. With more than one thread the rows are worked out ahead
+// on workers, row i by worker (i - first) mod W, while the caller uses the
+// rows already done; `makeRowTerms()` gives each worker its own copy with its
+// own scratch. A failure thrown by useRow stops the workers and passes on.
+template <class MakeRowTerms, class UseRow>
+void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms makeRowTerms, UseRow useRow) {
+    if (last < first) return;
+    const std::int64_t rows = std::int64_t(last) - first + 1;
+    const int workers = int(std::min<std::int64_t>(WorkerThreads(), rows / 16));
+    if (workers <= 1) {
+        auto rowTerms = makeRowTerms();
+        std::vector<f64> terms(rowLength);
+        for (i32 i = first; i <= last; ++i) useRow(i, terms.data(), rowTerms(i, terms.data()));
+        return;
+    }
+
+    // Two slots a worker, used in turn: 0 free, 1 done, 2 done with a term
+    // that fails, 3 stop.
+    struct Slot {
+        std::vector<f64> terms;
+        std::atomic<int> state{0};
+    };
+    const int slotCount = 2 * workers;
+    std::vector<Slot> slots(static_cast<std::size_t>(slotCount));
+    for (Slot& slot : slots) slot.terms.resize(rowLength);
+    std::atomic<bool> stop{false};
+
+    std::vector<std::thread> threads;
+    struct Joiner {
+        std::vector<Slot>& slots;
+        std::atomic<bool>& stop;
+        std::vector<std::thread>& threads;
+        ~Joiner() {
+            stop = true;
+            for (Slot& slot : slots) {
+                slot.state = 3;
+                slot.state.notify_all();
+            }
+            for (std::thread& thread : threads) thread.join();
+        }
+    } joiner{slots, stop, threads};
+
+    for (int w = 0; w < workers; ++w) {
+        threads.emplace_back([&, w, rowTerms = makeRowTerms()]() mutable {
+            for (std::int64_t k = w; k < rows; k += workers) {
+                Slot& slot = slots[std::size_t(k % slotCount)];
+                slot.state.wait(1);
+                slot.state.wait(2);
+                if (stop || slot.state == 3) return;
+                bool good = false;
+                try {
+                    good = rowTerms(i32(first + k), slot.terms.data());
+                } catch (...) {
+                    good = false;  // the caller works the row again and meets the failure itself
+                }
+                slot.state = good ? 1 : 2;
+                slot.state.notify_all();
+            }
+        });
+    }
+    for (std::int64_t k = 0; k < rows; ++k) {
+        Slot& slot = slots[std::size_t(k % slotCount)];
+        slot.state.wait(0);
+        useRow(i32(first + k), slot.terms.data(), slot.state == 1);
+        slot.state = 0;
+        slot.state.notify_all();
+    }
+}
+
+}  // namespace tremodal
