@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs what TreModal needs to build and test, from Debian's packages.
 set -euo pipefail
-packages=(cmake g++ ninja-build qt6-base-dev libgtest-dev libgmock-dev time fonts-dejavu-core)
+# clang and its runtime libraries (libFuzzer, the sanitizers) build the fuzz targets.
+packages=(cmake g++ ninja-build qt6-base-dev libgtest-dev libgmock-dev time fonts-dejavu-core clang
+  libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds, and runs every test twice: once in a plain
-# build, once under AddressSanitizer and UndefinedBehaviorSanitizer.
+# build, once under AddressSanitizer and UndefinedBehaviorSanitizer; then
+# every fuzz target replays its seeds and fuzzes for a few seconds.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 "$root/scripts/install-deps.sh"
@@ -15,4 +16,6 @@ echo "== tests =="
 ctest --test-dir "$root/build" --output-on-failure -j "$(nproc)" || status=1
 echo "== tests under AddressSanitizer and UndefinedBehaviorSanitizer =="
 ctest --test-dir "$root/build-sanitize" --output-on-failure -j "$(nproc)" || status=1
+echo "== fuzz targets, briefly =="
+"$root/scripts/fuzz.sh" --ci || status=1
 exit $status

@@ -54,6 +54,8 @@ void StartEditor(const RunState& state, const Form2& form, const std::string& fi
 
 // The model's .XBT file, whatever the case of its suffix; empty when there
 // is none. Of two that differ only in case the first in byte order counts.
+// Whatever stands under the name counts: a directory, a FIFO or a device
+// there is found, and its read then fails as any file that cannot be opened.
 std::string FindJobExtensionFile(const std::string& modelPath) {
     namespace fs = std::filesystem;
     const fs::path model(modelPath);
@@ -64,7 +66,7 @@ std::string FindJobExtensionFile(const std::string& modelPath) {
     for (fs::directory_iterator it(dir, error), end; !error && it != end; it.increment(error)) {
         const std::string name = it->path().filename().string();
         if (name.size() != base.size() + 3 || name.compare(0, base.size(), base) != 0) continue;
-        if (strcasecmp(name.c_str() + base.size(), "XBT") != 0 || !it->is_regular_file(error)) continue;
+        if (strcasecmp(name.c_str() + base.size(), "XBT") != 0) continue;
         if (found.empty() || name < found) found = name;
     }
     return found.empty() ? std::string() : (dir / found).string();

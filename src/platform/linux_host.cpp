@@ -1,15 +1,35 @@
 #include "platform/linux_host.h"
 
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <QSettings>
+#include <QStandardPaths>
 #include <QString>
 #include <cstdio>
 
 extern char** environ;
 
 namespace tremodal {
+
+namespace {
+
+// QSettings opens the user's settings files with a plain open, which waits
+// for ever on a FIFO, and would read a device without end. A settings file
+// of the user's that is not a regular file counts as missing: nothing of the
+// store is read at all.
+bool UserSettingsAreFiles(const QString& application) {
+    const QString dir = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    for (const QString& path :
+         {dir + "/" + application + "/" + application + ".conf", dir + "/" + application + ".conf"}) {
+        struct stat info {};
+        if (::stat(path.toLocal8Bit().constData(), &info) == 0 && !S_ISREG(info.st_mode)) return false;
+    }
+    return true;
+}
+
+}  // namespace
 
 LinuxHost::~LinuxHost() {
     // A child still running is left to run; only its zombie is not ours to
@@ -19,6 +39,7 @@ LinuxHost::~LinuxHost() {
 std::string LinuxHost::ReadSetting(const std::string& application, const std::string& section,
                                    const std::string& key) {
     const QString app = QString::fromStdString(application);
+    if (!UserSettingsAreFiles(app)) return "";
     QSettings settings(app, app);
     const QVariant value = settings.value(QString::fromStdString(section + "/" + key));
     // QSettings turns an unquoted value with commas into a list: join it back.

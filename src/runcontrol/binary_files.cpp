@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "runcontrol/file_system.h"
+
 namespace tremodal {
 
 namespace {
@@ -72,17 +74,11 @@ bool WriteAt(int fd, const unsigned char* from, std::size_t n, std::int64_t at) 
 }  // namespace
 
 BinaryFile::BinaryFile(const std::string& path) : path_(path) {
-    fd_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    fd_ = OpenRegularFile(path, O_RDWR | O_CREAT, 0666);
     // A file that may only be read still serves the readers; writing to it
     // fails when the bytes reach it.
-    if (fd_ < 0 && (errno == EACCES || errno == EROFS)) fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd_ < 0 && (errno == EACCES || errno == EROFS)) fd_ = OpenRegularFile(path, O_RDONLY);
     if (fd_ < 0) Fail(kPathAccessError, Describe(path, "cannot be opened"));
-    struct stat info {};
-    if (::fstat(fd_, &info) != 0 || !S_ISREG(info.st_mode)) {
-        ::close(fd_);
-        fd_ = -1;
-        Fail(kPathAccessError, path + ": is not a regular file");
-    }
 }
 
 BinaryFile::~BinaryFile() {

@@ -22,7 +22,8 @@ namespace tremodal {
 // as zero.
 class BinaryFile {
 public:
-    // Fails with 75 when the file cannot be opened or created.
+    // Fails with 75 when the file cannot be opened or created, or when a
+    // directory, a FIFO or a device stands in its place.
     explicit BinaryFile(const std::string& path);
     // Writes out what is still buffered; a file written when a failure passes
     // by stays as far as it got.

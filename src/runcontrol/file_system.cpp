@@ -1,5 +1,6 @@
 #include "runcontrol/file_system.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,11 +31,36 @@ std::string Describe(const std::string& path, const char* what) {
     return path + ": " + what + " (" + std::strerror(errno) + ")";
 }
 
+[[noreturn]] void FailNotRegular(const std::string& path) {
+    Fail(kPathAccessError, path + ": is not a regular file");
+}
+
 }  // namespace
 
 bool FileExists(const std::string& path) {
     struct stat info {};
     return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+int OpenRegularFile(const std::string& path, int flags, unsigned mode) {
+    // The name is looked at before the open, so that a device is never even
+    // opened (opening some has effects of its own), and the descriptor after
+    // it, in case the name changed in between. O_NONBLOCK keeps the open of a
+    // FIFO from waiting: for reading it returns at once, for writing it fails
+    // (ENXIO) when nobody reads.
+    struct stat info {};
+    if (::stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) FailNotRegular(path);
+    const int fd = ::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, static_cast<mode_t>(mode));
+    if (fd < 0) return -1;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(fd);
+        FailNotRegular(path);
+    }
+    // A regular file never waits; the flag goes so that reads and writes keep
+    // their ordinary meaning.
+    const int status = ::fcntl(fd, F_GETFL);
+    if (status >= 0) ::fcntl(fd, F_SETFL, status & ~O_NONBLOCK);
+    return fd;
 }
 
 void DeleteFile(const std::string& path) {

@@ -10,8 +10,18 @@
 
 namespace tremodal {
 
-// True when a regular file of that name exists (a directory is not a file).
+// True when a regular file of that name exists: a directory, a FIFO or a
+// device is no file, so a step that first asks whether its file exists takes
+// any of them for a missing file.
 bool FileExists(const std::string& path);
+
+// Opens a file for the readers and writers without ever waiting on it. Only a
+// regular file is opened: a FIFO would wait at its open for the other end,
+// and a device or a directory holds no file of the suite, so any of them in
+// the file's place fails with 75. flags are those of open(2). Returns -1 with
+// errno set when the open itself fails, so that the caller can tell a
+// missing file from one it may not open.
+int OpenRegularFile(const std::string& path, int flags, unsigned mode = 0);
 
 // Deletes a file; 53 when it is not there, 75 when it cannot be removed.
 void DeleteFile(const std::string& path);

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "runcontrol/checked_math.h"
+#include "runcontrol/file_system.h"
 #include "runcontrol/number_text.h"
 
 namespace tremodal {
@@ -18,6 +19,13 @@ namespace {
 // Big enough that a model file of a few hundred thousand lines costs a
 // handful of reads, small enough that nothing sizeable is held in memory.
 constexpr std::size_t kInputBuffer = 64 * 1024;
+
+// The longest field or line a read takes. The suite's longest texts are file
+// names and titles, a few hundred characters; a text far beyond any of them
+// is no file of the suite, and holding it whole would be an allocation
+// without bound (a file of a billion characters without a comma or a line
+// end). Such a text fails as an allocation that cannot be satisfied, 7.
+constexpr std::size_t kLongestText = 1024 * 1024;
 
 // A print zone is 14 columns wide; zones start at columns 1, 15, 29, ...
 constexpr int kZoneWidth = 14;
@@ -61,17 +69,9 @@ mode_t NewFileMode() {
 // Text input
 
 TextInput::TextInput(const std::string& path) : path_(path) {
-    struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) {
-        if (errno == ENOENT || errno == ENOTDIR) Fail(kFileNotFound, path + ": no such file");
-        Fail(kPathAccessError, Describe(path, "cannot be opened"));
-    }
-    // A directory opens for reading on Linux but holds no text: it is a path
-    // that exists and cannot be read as a file.
-    if (S_ISDIR(info.st_mode)) Fail(kPathAccessError, path + ": is a directory, not a file");
-    fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    fd_ = OpenRegularFile(path, O_RDONLY);
     if (fd_ < 0) {
-        if (errno == ENOENT) Fail(kFileNotFound, path + ": no such file");
+        if (errno == ENOENT || errno == ENOTDIR) Fail(kFileNotFound, path + ": no such file");
         Fail(kPathAccessError, Describe(path, "cannot be opened"));
     }
     buffer_.resize(kInputBuffer);
@@ -85,6 +85,14 @@ void TextInput::Close() {
     if (fd_ < 0) return;
     ::close(fd_);  // Don't retry close on EINTR: the descriptor is gone either way.
     fd_ = -1;
+}
+
+void TextInput::Take(std::string& text, int c) {
+    if (text.size() >= kLongestText) {
+        Fail(kOutOfMemory,
+             "a field or line of more than " + std::to_string(kLongestText) + " characters in " + path_);
+    }
+    text.push_back(static_cast<char>(c));
 }
 
 void TextInput::Require(const char* what) {
@@ -158,12 +166,12 @@ std::string TextInput::ReadTextField() {
     if (Peek() == '"') {
         Get();
         // Everything up to the closing quote, a comma or a line end included.
-        for (int c = Get(); c >= 0 && c != '"'; c = Get()) field.push_back(static_cast<char>(c));
+        for (int c = Get(); c >= 0 && c != '"'; c = Get()) Take(field, c);
         // Whatever follows the closing quote on the field is thrown away.
         for (int c = Peek(); c >= 0 && c != ',' && !IsLineEnd(c); c = Peek()) Get();
     } else {
         for (int c = Peek(); c >= 0 && c != ',' && !IsLineEnd(c); c = Peek()) {
-            field.push_back(static_cast<char>(c));
+            Take(field, c);
             Get();
         }
         while (!field.empty() && IsBlank(static_cast<unsigned char>(field.back()))) field.pop_back();
@@ -184,7 +192,7 @@ f64 TextInput::ReadNumberField() {
     fieldLine_ = line_;
     field_.clear();
     for (int c = Peek(); c >= 0 && c != ',' && !IsBlank(c) && !IsLineEnd(c); c = Peek()) {
-        field_.push_back(static_cast<char>(c));
+        Take(field_, c);
         Get();
     }
     // One separator belongs to the field: a comma, or else a line end. Blanks
@@ -234,7 +242,7 @@ std::string TextInput::ReadLine() {
     if (Peek() < 0) FailAtEnd();
     std::string line;
     for (int c = Peek(); c >= 0 && !IsLineEnd(c); c = Peek()) {
-        line.push_back(static_cast<char>(c));
+        Take(line, c);
         Get();
     }
     SkipLineEnd();
@@ -256,7 +264,7 @@ PrintFile::PrintFile(const std::string& path, TextMode mode) : path_(path), mode
     }
 
     if (mode_ == TextMode::Append) {
-        fd_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+        fd_ = OpenRegularFile(path_, O_WRONLY | O_CREAT | O_APPEND, 0666);
         if (fd_ < 0) Fail(kPathAccessError, Describe(path_, "cannot be opened"));
         return;
     }

@@ -19,7 +19,9 @@ namespace tremodal {
 class TextInput {
 public:
     // Opens for input: 53 when the file is missing, 75 when it exists but
-    // cannot be opened (a directory in its place, no permission).
+    // cannot be opened (no permission) or is no regular file (a directory, a
+    // FIFO or a device in its place). A field or a line longer than a
+    // mebibyte fails with 7.
     explicit TextInput(const std::string& path);
     ~TextInput();
     TextInput(const TextInput&) = delete;
@@ -56,6 +58,7 @@ private:
     [[noreturn]] void FailField(const Failure& failure, const char* reason);
     void SkipLineEnd();  // consumes LF, CR LF or CR at the cursor
     void Require(const char* what);
+    void Take(std::string& text, int c);  // adds c, failing once the text is too long
 
     void Refill();
 
@@ -81,7 +84,8 @@ enum class TextMode { Output, Append };
 // Close leaves the old file as it was. An appended text is held until Close.
 class PrintFile {
 public:
-    // Fails with 75 when the file cannot be created or opened.
+    // Fails with 75 when the file cannot be created or opened, or when
+    // something other than a regular file stands in its place.
     PrintFile(const std::string& path, TextMode mode);
     ~PrintFile();
     PrintFile(const PrintFile&) = delete;

@@ -92,13 +92,13 @@ void WriteStandInCasepostIn(const std::string& dir) {
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
-int RunTreModalIn(const std::string& dir, const std::string& commandLine) {
+int RunTreModalIn(const std::string& dir, const std::string& commandLine, int seconds) {
     const char* binary = TREMODAL_BIN;
     const std::string config = WriteSettingsIn(dir);
     // No screen: message boxes must go to standard error and never wait.
     const std::string command = "cd '" + dir + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" +
-                                config + "' timeout 60 '" + binary + "' " + commandLine + " 2> '" + dir +
-                                "/stderr.txt' < /dev/null";
+                                config + "' timeout " + std::to_string(seconds) + " '" + binary + "' " +
+                                commandLine + " 2> '" + dir + "/stderr.txt' < /dev/null";
     return RunCommand(command);
 }
 
@@ -127,8 +127,8 @@ void InProcessRun::Analyze() {
 
 void ModelFixture::WriteStandInCasepost() const { WriteStandInCasepostIn(dir.Path()); }
 
-int ModelFixture::RunTreModal(const std::string& commandLine) const {
-    return RunTreModalIn(dir.Path(), commandLine);
+int ModelFixture::RunTreModal(const std::string& commandLine, int seconds) const {
+    return RunTreModalIn(dir.Path(), commandLine, seconds);
 }
 
 std::string ModelFixture::Stderr() const { return ReadFile(dir.File("stderr.txt")); }

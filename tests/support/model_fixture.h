@@ -20,7 +20,8 @@ extern const char* const kFreshOptionsFile;
 // the real TreModal there with standard error in dir/stderr.txt.
 std::string WriteSettingsIn(const std::string& dir);
 void WriteStandInCasepostIn(const std::string& dir);
-int RunTreModalIn(const std::string& dir, const std::string& commandLine);
+// A run that takes longer than the given seconds is killed and gives 124.
+int RunTreModalIn(const std::string& dir, const std::string& commandLine, int seconds = 60);
 
 // The frequency case of the fixture's frame: nodes 2 to 4 carry x in
 // equations 1, 3, 5 and z in 2, 4, 6, all of unit lumped mass; node 1 is the
@@ -65,7 +66,7 @@ struct ModelFixture {
     void WriteStandInCasepost() const;
     // Runs the real TreModal on this model with the given command line,
     // standard error going to dir/stderr.txt. Returns the exit status.
-    int RunTreModal(const std::string& commandLine) const;
+    int RunTreModal(const std::string& commandLine, int seconds = 60) const;
     std::string Stderr() const;
 };
 
