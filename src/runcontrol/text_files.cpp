@@ -203,38 +203,22 @@ f64 TextInput::ReadNumberField() {
     } else {
         SkipLineEnd();
     }
-    try {
-        return Val(field_);
-    } catch (const Failure& failure) {
-        FailField(failure, "is too large for a number");
-    }
+    return Converted([&] { return Val(field_); }, "is too large for a number");
 }
 
 f32 TextInput::ReadSingleField() {
     const f64 value = ReadNumberField();
-    try {
-        return StoreF32(value);
-    } catch (const Failure& failure) {
-        FailField(failure, "is too large for a single-precision field");
-    }
+    return Converted([&] { return StoreF32(value); }, "is too large for a single-precision field");
 }
 
 i16 TextInput::ReadI16Field() {
     const f64 value = ReadNumberField();
-    try {
-        return RoundToI16(value);
-    } catch (const Failure& failure) {
-        FailField(failure, "does not fit a 16-bit integer field");
-    }
+    return Converted([&] { return RoundToI16(value); }, "does not fit a 16-bit integer field");
 }
 
 i32 TextInput::ReadI32Field() {
     const f64 value = ReadNumberField();
-    try {
-        return RoundToI32(value);
-    } catch (const Failure& failure) {
-        FailField(failure, "does not fit a 32-bit integer field");
-    }
+    return Converted([&] { return RoundToI32(value); }, "does not fit a 32-bit integer field");
 }
 
 std::string TextInput::ReadLine() {

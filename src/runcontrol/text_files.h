@@ -56,6 +56,16 @@ private:
     [[noreturn]] void FailAtEnd();
     // A number field that its target cannot hold, with the field's own text.
     [[noreturn]] void FailField(const Failure& failure, const char* reason);
+    // The field just read, converted; a conversion that fails names the
+    // file, the line and the field, and keeps its number.
+    template <class Convert>
+    auto Converted(Convert convert, const char* reason) -> decltype(convert()) {
+        try {
+            return convert();
+        } catch (const Failure& failure) {
+            FailField(failure, reason);
+        }
+    }
     void SkipLineEnd();  // consumes LF, CR LF or CR at the cursor
     void Require(const char* what);
     void Take(std::string& text, int c);  // adds c, failing once the text is too long
