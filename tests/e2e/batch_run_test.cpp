@@ -162,15 +162,5 @@ TEST(BatchRun, ModelsAtTheCeilingOfTheFormatsRunThrough) {
     }
 }
 
-TEST(BatchRun, UnwritableLogStillEndsWithStatusOne) {
-    ModelFixture f;
-    // The model path points into a directory that does not exist, so neither
-    // its size file nor its log can be opened.
-    WriteFile(f.dir.File("MODEL.NAM"), "\"" + f.dir.File("missing/FRAME") + "\",FRAME\r\n");
-    EXPECT_EQ(f.RunTreModal("3/7/"), 1);
-    EXPECT_NE(f.Stderr().find("TREMODAL  E 53 ; L;  0 ; Model Or Data; Error - Check; Model & Re - Run; \n"),
-              std::string::npos);
-}
-
 }  // namespace
 }  // namespace tremodal
