@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QTimer>
 #include <cstdio>
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -16,6 +17,7 @@
 #include "platform/linux_host.h"
 #include "runcontrol/run_state.h"
 #include "runcontrol/startup.h"
+#include "runcontrol/worker_threads.h"
 #include "view/form2_view.h"
 #include "view/screen_host.h"
 
@@ -98,9 +100,21 @@ int RunDialog(tremodal::RunState& state, bool onScreen) {
     return QApplication::exec();
 }
 
+// TREMODAL_THREADS=N caps the threads a run works on (1: all on one
+// thread); by default it uses every core. Anything but a whole number from
+// 1 up is passed over. The files are the same whatever the count.
+void ApplyThreadSetting() {
+    const char* text = std::getenv("TREMODAL_THREADS");
+    if (!text || !*text) return;
+    char* end = nullptr;
+    const long count = std::strtol(text, &end, 10);
+    if (*end == '\0' && count >= 1) tremodal::SetWorkerThreads(int(std::min(count, 64L)));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    ApplyThreadSetting();
     if (argc > 1 && std::string_view(argv[1]) == "--report") return tremodal::RunReportCommand(argc, argv);
     if (argc > 1 && std::string_view(argv[1]).starts_with("--")) return RunOwnOption(argc, argv);
     const std::string commandLine = JoinArguments(argc, argv);

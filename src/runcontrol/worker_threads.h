@@ -37,36 +37,36 @@ void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms 
         return;
     }
 
-    // Two slots a worker, used in turn: 0 free, 1 done, 2 done with a term
+    // A ring of two slots a worker, used in turn: 0 free, 1 done, 2 done with a term
     // that fails, 3 stop.
     struct Slot {
         std::vector<f64> terms;
         std::atomic<int> state{0};
     };
-    const int slotCount = 2 * workers;
-    std::vector<Slot> slots(static_cast<std::size_t>(slotCount));
-    for (Slot& slot : slots) slot.terms.resize(rowLength);
+    const int ringSize = 2 * workers;
+    std::vector<Slot> ring(static_cast<std::size_t>(ringSize));
+    for (Slot& slot : ring) slot.terms.resize(rowLength);
     std::atomic<bool> stop{false};
 
     std::vector<std::thread> threads;
     struct Joiner {
-        std::vector<Slot>& slots;
+        std::vector<Slot>& ring;
         std::atomic<bool>& stop;
         std::vector<std::thread>& threads;
         ~Joiner() {
             stop = true;
-            for (Slot& slot : slots) {
+            for (Slot& slot : ring) {
                 slot.state = 3;
                 slot.state.notify_all();
             }
             for (std::thread& thread : threads) thread.join();
         }
-    } joiner{slots, stop, threads};
+    } joiner{ring, stop, threads};
 
     for (int w = 0; w < workers; ++w) {
         threads.emplace_back([&, w, rowTerms = makeRowTerms()]() mutable {
             for (std::int64_t k = w; k < rows; k += workers) {
-                Slot& slot = slots[std::size_t(k % slotCount)];
+                Slot& slot = ring[std::size_t(k % ringSize)];
                 slot.state.wait(1);
                 slot.state.wait(2);
                 if (stop || slot.state == 3) return;
@@ -82,7 +82,7 @@ void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms 
         });
     }
     for (std::int64_t k = 0; k < rows; ++k) {
-        Slot& slot = slots[std::size_t(k % slotCount)];
+        Slot& slot = ring[std::size_t(k % ringSize)];
         slot.state.wait(0);
         useRow(i32(first + k), slot.terms.data(), slot.state == 1);
         slot.state = 0;
