@@ -6,8 +6,8 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QTimer>
-#include <cstdio>
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "runcontrol/host.h"
 #include "runcontrol/number_text.h"
 #include "runcontrol/text_files.h"
+#include "runcontrol/worker_threads.h"
 
 namespace tremodal {
 
@@ -116,38 +118,88 @@ void CheckCaseSize(const RunState& state, BinaryFile& file, std::int64_t caseNod
     }
 }
 
+// One mode's part of the shape block decoded into its column, pair by pair:
+// the equation comes first, and its value goes to the slot that this very
+// number names; equation 0 collects the freedoms that have none, and no sum
+// reads it. The largest magnitude goes to peak: it bounds the responses of
+// the mode. Returns false at the first pair whose equation is out of range
+// or whose value no single can hold (all exponent bits set), leaving it to
+// FailAtBadPair to fail there.
+bool DecodeMode(const unsigned char* block, std::int64_t pairs, std::int64_t lastEquation, f32* column,
+                f32& peak) {
+    std::uint32_t largest = 0;
+    for (std::int64_t k = 0; k < pairs; ++k) {
+        const unsigned char* at = block + k * kPairLength;
+        const i32 equation = GetI32(at);
+        const std::uint32_t bits = GetLittle<std::uint32_t>(at + 4);
+        const std::uint32_t magnitude = bits & 0x7fffffffu;
+        if (equation < 0 || equation > lastEquation || magnitude >= 0x7f800000u) return false;
+        column[equation] = std::bit_cast<f32>(bits);
+        // Finite singles order by magnitude as their bits do.
+        largest = std::max(largest, magnitude);
+    }
+    peak = std::bit_cast<f32>(largest);
+    return true;
+}
+
+// Fails at the first pair of a block that DecodeMode stops at: a bad
+// equation number before its value, an infinity or a NaN as its store would.
+[[noreturn]] void FailAtBadPair(const unsigned char* block, std::int64_t pairs, std::int64_t lastEquation) {
+    for (std::int64_t k = 0; k < pairs; ++k) {
+        const unsigned char* at = block + k * kPairLength;
+        const i32 equation = GetI32(at);
+        if (equation < 0 || equation > lastEquation) detail::FailSubscript(equation, lastEquation);
+        const f32 value = GetF32(at + 4);
+        if (!std::isfinite(value)) FailStoreF32(value);
+    }
+    Fail(kSubscriptOutOfRange, "a mode shape pair that cannot be read");
+}
+
 // The shape block: for every mode in use, every case node and its six
 // freedoms, the equation number and the mode shape value of that freedom.
-// Read a mode at a time and decoded from memory. Each mode's largest
-// magnitude is kept on the way: it bounds the responses of the mode.
+// The modes are read and decoded side by side, each thread a run of modes,
+// straight from their places in the file. A block that cannot be had sends
+// the read through the modes once more in order, a mode at a time, so the
+// first bad pair in the file is the one that fails.
 void ReadShapeBlock(RunState& state, BinaryFile& file, std::int64_t caseNodes) {
     FrequencyCase& f = state.Freq;
     if (f.NumModes < 1) return;
     const std::int64_t pairs = caseNodes * 6;
+    const std::int64_t blockLength = pairs * kPairLength;
     const std::int64_t lastEquation = f.ModeShape.Upper1();
-    std::vector<unsigned char> block(static_cast<std::size_t>(pairs * kPairLength));
-    for (i32 m = 1; m <= f.NumModes; ++m) {
-        ReadExactly(file, block.data(), pairs * kPairLength);
-        f32* column = f.ModeShape.Column(m, lastEquation);
-        std::uint32_t peak = 0;
-        for (std::int64_t k = 0; k < pairs; ++k) {
-            // The equation comes first, and its value goes to the slot that
-            // this very number names; equation 0 collects the freedoms that
-            // have none, and no sum reads it.
-            const unsigned char* at = block.data() + k * kPairLength;
-            const i32 equation = GetI32(at);
-            if (equation < 0 || equation > lastEquation) detail::FailSubscript(equation, lastEquation);
-            const std::uint32_t bits = GetLittle<std::uint32_t>(at + 4);
-            const std::uint32_t magnitude = bits & 0x7fffffffu;
-            // An infinity or a NaN (all exponent bits set) fails as its store would.
-            if (magnitude >= 0x7f800000u) FailStoreF32(std::bit_cast<f32>(bits));
-            column[equation] = std::bit_cast<f32>(bits);
-            // Finite singles order by magnitude as their bits do.
-            peak = std::max(peak, magnitude);
+    const std::int64_t start = file.Position();
+    // A thread takes at least a megabyte of the block.
+    const std::int64_t leastModes =
+        std::max<std::int64_t>(1, (1 << 20) / std::max<std::int64_t>(blockLength, 1));
+
+    (void)f.ModeShape.Column(f.NumModes, lastEquation);
+    (void)f.ShapePeak(f.NumModes);
+    f32* shapes = f.ModeShape.Data();
+    f32* peaks = f.ShapePeak.Data();
+    const bool decoded = ForEachRange(1, f.NumModes, leastModes, [&](std::int64_t from, std::int64_t to) {
+        std::vector<unsigned char> block(static_cast<std::size_t>(blockLength));
+        for (std::int64_t m = from; m <= to; ++m) {
+            const std::int64_t at = start + (m - 1) * blockLength;
+            if (file.ReadBlockAt(block.data(), block.size(), at) != block.size()) return false;
+            if (!DecodeMode(block.data(), pairs, lastEquation, shapes + m * (lastEquation + 1), peaks[m]))
+                return false;
         }
-        f.ShapePeak(m) = std::bit_cast<f32>(peak);
+        return true;
+    });
+
+    std::vector<unsigned char> block(static_cast<std::size_t>(blockLength));
+    if (!decoded) {
+        file.Seek(start);
+        for (i32 m = 1; m <= f.NumModes; ++m) {
+            ReadExactly(file, block.data(), blockLength);
+            if (!DecodeMode(block.data(), pairs, lastEquation, f.ModeShape.Column(m, lastEquation),
+                            f.ShapePeak(m)))
+                FailAtBadPair(block.data(), pairs, lastEquation);
+        }
     }
     // The map is repeated in every mode; the last mode's stands.
+    file.Seek(start + (f.NumModes - 1) * blockLength);
+    ReadExactly(file, block.data(), blockLength);
     for (std::int64_t k = 0; k < pairs; ++k) {
         f.NodeDof(k / 6 + 1, k % 6 + 1) = GetI32(block.data() + k * kPairLength);
     }

@@ -11,6 +11,7 @@
 #include "runcontrol/checked_math.h"
 #include "runcontrol/number_text.h"
 #include "runcontrol/text_files.h"
+#include "runcontrol/worker_threads.h"
 
 namespace tremodal {
 
@@ -176,32 +177,44 @@ void WriteAccelFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const st
 
 // A block of the .HS file holds, for every node and freedom, the equation
 // number and the value of that equation: the layout of the shape block of
-// the frequency case. The equation numbers are the same in every block, so
-// they are put in once and each block writes only its values.
-std::vector<unsigned char> BlockWithEquations(const std::vector<i32>& eqs) {
-    std::vector<unsigned char> block(eqs.size() * 8);
+// the frequency case.
+template <class ValueOf>
+void FillBlock(unsigned char* block, const std::vector<i32>& eqs, ValueOf valueOf) {
     for (std::size_t k = 0; k < eqs.size(); ++k) {
-        StoreLittle(block.data() + 8 * k, std::bit_cast<std::uint32_t>(eqs[k]));
+        StoreLittle(block + 8 * k, std::bit_cast<std::uint32_t>(eqs[k]));
+        StoreLittle(block + 8 * k + 4, std::bit_cast<std::uint32_t>(f32(valueOf(eqs[k]))));
     }
-    return block;
 }
 
-// Fills in the values of a block and writes it a piece at a time, each
-// piece while it is still in the processor's cache: the block of a large
-// model is larger than the cache, and the kernel's copy into the file would
-// otherwise fetch it from memory once more.
-constexpr std::size_t kPiecePairs = 32 * 1024;
+// Blocks go to the file in batches of about this many bytes.
+constexpr std::size_t kBatchBytes = 1024 * 1024;
 
+// The blocks of modes first..last: `valueOf(m, eq)` is the value of
+// equation eq in mode m. Workers fill batches of whole blocks ahead while
+// the calling thread writes them in mode order.
 template <class ValueOf>
-void WriteBlock(BinaryFile& file, std::vector<unsigned char>& block, const std::vector<i32>& eqs,
-                ValueOf valueOf) {
-    for (std::size_t start = 0; start < eqs.size(); start += kPiecePairs) {
-        const std::size_t end = std::min(eqs.size(), start + kPiecePairs);
-        for (std::size_t k = start; k < end; ++k) {
-            StoreLittle(block.data() + 8 * k + 4, std::bit_cast<std::uint32_t>(f32(valueOf(eqs[k]))));
-        }
-        file.Write(block.data() + 8 * start, 8 * (end - start));
-    }
+void WriteModeBlocks(BinaryFile& file, const std::vector<i32>& eqs, i32 first, i32 last, ValueOf valueOf) {
+    if (last < first) return;
+    const std::size_t blockBytes = eqs.size() * 8;
+    const i32 perBatch = i32(std::clamp<std::size_t>(kBatchBytes / std::max<std::size_t>(blockBytes, 1), 1,
+                                                     std::size_t(last - first + 1)));
+    const i32 batches = (last - first) / perBatch + 1;
+    auto modesOf = [&](i32 batch) { return std::min(perBatch, last - first + 1 - batch * perBatch); };
+    ForEachRowInOrder<unsigned char>(
+        0, batches - 1, blockBytes * std::size_t(perBatch),
+        [&] {
+            return [&](i32 batch, unsigned char* bytes) {
+                const i32 m0 = first + batch * perBatch;
+                for (i32 k = 0; k < modesOf(batch); ++k) {
+                    FillBlock(bytes + blockBytes * std::size_t(k), eqs,
+                              [&](i32 eq) { return valueOf(m0 + k, eq); });
+                }
+                return true;
+            };
+        },
+        [&](i32 batch, const unsigned char* bytes, bool) {
+            file.Write(bytes, blockBytes * std::size_t(modesOf(batch)));
+        });
 }
 
 // The modal response file: the hand-over of the uncombined modal
@@ -229,20 +242,22 @@ void WriteResponseFile(RunState& s, i16 d, i16 nodes, i16 first, i16 last, const
     }
     file.Write(table.data(), table.size());
 
-    std::vector<unsigned char> block = BlockWithEquations(eqs);
-    for (i32 m = first; m <= last; ++m) {
-        // The displacements of mode m; a freedom without an equation has none.
-        const f32* shape = s.Freq.ModeShape.Column(m, s.Freq.NumDof);
-        const f64 scale = scales[std::size_t(m)];
-        WriteBlock(file, block, eqs,
-                   [&](i32 eq) { return eq == 0 ? 0.0f : RoundToSingle(scale * shape[eq]); });
-    }
+    // The displacements of each mode; a freedom without an equation has none.
+    const i32 dof = s.Freq.NumDof;
+    (void)s.Freq.ModeShape.Column(last, dof);
+    const f32* shapes = s.Freq.ModeShape.Data();
+    WriteModeBlocks(file, eqs, first, last, [&](i32 m, i32 eq) {
+        return eq == 0 ? 0.0f
+                       : RoundToSingle(scales[std::size_t(m)] * shapes[std::int64_t(m) * (dof + 1) + eq]);
+    });
     // The solved missing mass case as one more block; freedoms without an
     // equation carry what slot 0 absorbed when it was read.
     if (s.MissMassRead == 1) {
         (void)s.MissMassDof(s.Freq.NumDof);
         const f32* missMass = s.MissMassDof.Data();
-        WriteBlock(file, block, eqs, [&](i32 eq) { return missMass[eq]; });
+        std::vector<unsigned char> block(eqs.size() * 8);
+        FillBlock(block.data(), eqs, [&](i32 eq) { return missMass[eq]; });
+        file.Write(block.data(), block.size());
     }
     file.Close();
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "runcontrol/checked_math.h"
+#include "runcontrol/worker_threads.h"
 
 namespace tremodal {
 
@@ -14,6 +15,9 @@ namespace {
 // Participation sums worked side by side: each is a chain of additions
 // rounded to single, and independent chains overlap in the processor.
 constexpr i32 kSideBySide = 8;
+// Work is shared out among threads in runs of at least this many equations
+// (or groups of modes over as many equations).
+constexpr i32 kLeastEquations = 16384;
 
 // w(i) = M(i) r(i) for every equation. M and r are singles, so the product
 // is exact in a double, and w(i) phi(i, m) is the one rounding of the exact
@@ -96,15 +100,19 @@ f32 SumResidualMassByColumns(RunState& s, const std::vector<f64>& w) {
     if (w.empty() || s.ResidualMass.Upper() < dof || s.ResidualWork.Upper() < dof) return SumResidualMass(s);
     f32* reached = s.ResidualMass.Data();
     f32* work = s.ResidualWork.Data();
-    std::fill(reached + 1, reached + dof + 1, 0.0f);
-    for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
-        const f32* phi = s.Freq.ModeShape.Column(m, dof);
-        for (i32 i = 1; i <= dof; ++i) {
-            work[i] = RoundToSingle(w[std::size_t(i)] * phi[i]);
-            reached[i] = RoundToSingle(f64(work[i]) * work[i] + reached[i]);
+    // Each thread a run of equations, every equation's modes in order.
+    const bool summed = ForEachRange(1, dof, kLeastEquations, [&](std::int64_t from, std::int64_t to) {
+        std::fill(reached + from, reached + to + 1, 0.0f);
+        for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
+            const f32* phi = s.Freq.ModeShape.Column(m, dof);
+            for (std::int64_t i = from; i <= to; ++i) {
+                work[i] = RoundToSingle(w[std::size_t(i)] * phi[i]);
+                reached[i] = RoundToSingle(f64(work[i]) * work[i] + reached[i]);
+            }
         }
-    }
-    if (!std::all_of(reached + 1, reached + dof + 1, [](f32 a) { return std::isfinite(a); })) {
+        return true;
+    });
+    if (!summed || !std::all_of(reached + 1, reached + dof + 1, [](f32 a) { return std::isfinite(a); })) {
         return SumResidualMass(s);
     }
     const Array1<f32>& mass = s.Freq.MassTerms;
@@ -132,12 +140,24 @@ void ComputeParticipation(RunState& s, bool countInI16) {
     const Array1<f32>& r = s.Excitation;
     const std::vector<f64> w = MassTimesExcitation(s);
 
-    i32 m = 1;
-    while (!w.empty() && m <= modes) {
-        const i32 count = std::min(kSideBySide, modes - m + 1);
-        if (!SumParticipationSideBySide(s, w, m, count)) break;
-        m += count;
-    }
+    // Groups of modes side by side, each thread a run of groups. The sums
+    // from the first group that overflowed on are worked again one by one,
+    // checked, in order.
+    const i32 groups = w.empty() ? 0 : (modes + kSideBySide - 1) / kSideBySide;
+    std::vector<char> overflowed(std::size_t(groups) + 1, 0);
+    overflowed[std::size_t(groups)] = 1;  // where the one-by-one sums start at the latest
+    const i32 leastGroups = std::max(1, kLeastEquations / std::max(dof, 1));
+    const bool summed = ForEachRange(0, groups - 1, leastGroups, [&](std::int64_t from, std::int64_t to) {
+        for (std::int64_t g = from; g <= to; ++g) {
+            const i32 first = i32(g) * kSideBySide + 1;
+            if (SumParticipationSideBySide(s, w, first, std::min(kSideBySide, modes - first + 1))) continue;
+            overflowed[std::size_t(g)] = 1;
+            break;
+        }
+        return true;
+    });
+    const auto firstOverflow = std::find(overflowed.begin(), overflowed.end(), 1) - overflowed.begin();
+    i32 m = summed ? i32(firstOverflow) * kSideBySide + 1 : 1;
     for (; m <= modes; ++m) SumParticipation(s, m);
 
     f32 residualSum = 1.0f;

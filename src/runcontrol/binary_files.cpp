@@ -182,6 +182,14 @@ std::size_t BinaryFile::Read(void* destination, std::size_t n) {
     return real;
 }
 
+std::size_t BinaryFile::ReadBlockAt(void* destination, std::size_t n, std::int64_t position) const {
+    Require();
+    if (position < 1) Fail(kBadRecordNumber, "position before the start of " + path_);
+    const std::int64_t got = ReadAt(fd_, static_cast<unsigned char*>(destination), n, position - 1);
+    if (got < 0) Fail(kPathAccessError, Describe(path_, "cannot be read"));
+    return static_cast<std::size_t>(got);
+}
+
 void BinaryFile::UpdateAhead(std::int64_t at, const unsigned char* bytes, std::size_t n) {
     if (aheadLen_ == 0) return;
     const std::int64_t aheadEnd = aheadStart_ + static_cast<std::int64_t>(aheadLen_);

@@ -41,6 +41,11 @@ public:
     // Reads n bytes at the position and advances; bytes beyond the end of the
     // file are zero. Returns how many bytes the file really held.
     std::size_t Read(void* destination, std::size_t n);
+    // Reads n bytes at a 1-based position straight from the file, leaving
+    // the position and the buffers as they are, so that threads may read
+    // different blocks at once; bytes still waiting to be written are not
+    // seen. Returns how many bytes the file held there.
+    std::size_t ReadBlockAt(void* destination, std::size_t n, std::int64_t position) const;
     i16 ReadI16();
     i32 ReadI32();
     f32 ReadF32();

@@ -3,6 +3,7 @@
 // it, so every file and every failure stays what one thread gives.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <exception>
@@ -18,6 +19,43 @@ namespace tremodal {
 int WorkerThreads();
 void SetWorkerThreads(int count);
 
+// Splits first..last into one run of neighbouring items a thread, at least
+// `least` items each, and calls `work(from, to)` for every run, the first on
+// the calling thread. The work of different runs must not depend on each
+// other's. Returns false when the work of any run returned false or threw:
+// the caller then goes through the items again in order, on one thread,
+// where the failure is met in the order a single thread meets it.
+template <class Work>
+bool ForEachRange(std::int64_t first, std::int64_t last, std::int64_t least, Work work) {
+    if (last < first) return true;
+    const std::int64_t items = last - first + 1;
+    const int threads =
+        int(std::clamp<std::int64_t>(items / std::max<std::int64_t>(least, 1), 1, WorkerThreads()));
+    if (threads <= 1) return work(first, last);
+    std::atomic<bool> good{true};
+    auto runOf = [&](int t) {
+        const std::int64_t from = first + items * t / threads;
+        const std::int64_t to = first + items * (t + 1) / threads - 1;
+        try {
+            if (!work(from, to)) good = false;
+        } catch (...) {
+            good = false;
+        }
+    };
+    std::vector<std::thread> others;
+    {
+        struct Joiner {
+            std::vector<std::thread>& threads;
+            ~Joiner() {
+                for (std::thread& thread : threads) thread.join();
+            }
+        } joiner{others};
+        for (int t = 1; t < threads; ++t) others.emplace_back(runOf, t);
+        runOf(0);
+    }
+    return good;
+}
+
 // Rows first..last of a double sum, each row's terms worked out by
 // `rowTerms(i, terms)` (which returns false where a term would fail, and must
 // not throw) and handed to `useRow(i, terms, good)` in ascending row order on
@@ -25,14 +63,15 @@ void SetWorkerThreads(int count);
 // on workers, row i by worker (i - first) mod W, while the caller uses the
 // rows already done; `makeRowTerms()` gives each worker its own copy with its
 // own scratch. A failure thrown by useRow stops the workers and passes on.
-template <class MakeRowTerms, class UseRow>
+// Rows may be of any plain element type T, f64 terms by default.
+template <class T = f64, class MakeRowTerms, class UseRow>
 void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms makeRowTerms, UseRow useRow) {
     if (last < first) return;
     const std::int64_t rows = std::int64_t(last) - first + 1;
     const int workers = int(std::min<std::int64_t>(WorkerThreads(), rows / 16));
     if (workers <= 1) {
         auto rowTerms = makeRowTerms();
-        std::vector<f64> terms(rowLength);
+        std::vector<T> terms(rowLength);
         for (i32 i = first; i <= last; ++i) useRow(i, terms.data(), rowTerms(i, terms.data()));
         return;
     }
@@ -40,7 +79,7 @@ void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms 
     // A ring of two slots a worker, used in turn: 0 free, 1 done, 2 done with a term
     // that fails, 3 stop.
     struct Slot {
-        std::vector<f64> terms;
+        std::vector<T> terms;
         std::atomic<int> state{0};
     };
     const int ringSize = 2 * workers;
