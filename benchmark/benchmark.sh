@@ -3,8 +3,8 @@
 # its I/O floor: the time to read the run's input files (cat > /dev/null) and
 # to write as many bytes as the run wrote (dd), measured in the same session.
 #
-#   bash scripts/benchmark.sh            the full models (about 4 GB of disk, a few minutes)
-#   bash scripts/benchmark.sh --tiny     the same models at a tiny size: a smoke test
+#   bash benchmark/benchmark.sh          the full models (about 4 GB of disk, a few minutes)
+#   bash benchmark/benchmark.sh --tiny   the same models at a tiny size: a smoke test
 #   options: --runs N (5), --build DIR (build), --work DIR (a new temporary directory)
 #
 # Columns: median wall time of the runs, and of the part before casepost
