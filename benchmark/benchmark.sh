@@ -117,8 +117,8 @@ remove_outputs() {
 # screen, on $threads worker threads when that is set.
 run_tremodal() {
   local dir="$1"
-  (cd "$dir" && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME="$dir/config" ${threads:+TREMODAL_THREADS="$threads"} \
-    /usr/bin/time -f '%M' -o "$work/rss" "$program" 1/20/)
+  (cd "$dir" && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME="$dir/config" \
+    ${threads:+TREMODAL_THREADS="$threads"} /usr/bin/time -f '%M' -o "$work/rss" "$program" 1/20/)
 }
 
 # One run of the numpy script on the model in $1, the same options set.
@@ -238,8 +238,8 @@ echo
 echo "Many modes, time a method adds over SRSS per direction (s): ${extra_per_direction[*]}"
 if [ "$have_numpy" = 1 ]; then
   awk -v n="$best_numpy" -v a="$best_post_1" -v b="$best_post_2" -v runs="$runs" 'BEGIN {
-    printf "Large model, best of %d runs: numpy script %.3f s; TreModal to casepost %.3f s on 1 thread, %.3f s on 2\n",
-      runs, n, a, b
+    printf "Large model, best of %d runs: numpy script %.3f s; TreModal to casepost %.3f s on 1 thread, ", runs, n, a
+    printf "%.3f s on 2\n", b
     printf "numpy wall / TreModal to post (best against best): %.2f (1 thread), %.2f (2 threads)\n",
       (a > 0 ? n / a : 0), (b > 0 ? n / b : 0) }'
 fi

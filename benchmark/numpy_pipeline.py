@@ -198,7 +198,8 @@ def correlation(omega, zeta, method, duration):
     duration = duration or 10.0
     damped = np.sqrt(1 - zeta * zeta) * w
     effective = 2 / duration / w + zeta
-    eps = (damped[None, :] - damped[:, None]) / (effective[None, :] * w[None, :] + effective[:, None] * w[:, None])
+    spread = effective * w
+    eps = (damped[None, :] - damped[:, None]) / (spread[None, :] + spread[:, None])
     return 1 / (1 + eps * eps)
 
 
