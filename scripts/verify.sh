@@ -7,12 +7,6 @@ set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 # Debian's own interpreter, which sees Debian's numpy whatever else is on PATH.
 py=/usr/bin/python3
-if ! "$py" -c "import numpy" 2>/dev/null; then
-  sudo=""
-  [ "$(id -u)" -eq 0 ] || sudo="sudo"
-  export DEBIAN_FRONTEND=noninteractive
-  $sudo apt-get update -q
-  $sudo apt-get install -y -q --no-install-recommends python3 python3-numpy
-fi
+"$root/scripts/install-numpy.sh"
 "$root/scripts/build.sh" --target TreModal make_example_model
 "$py" "$root/scripts/verification/make_page.py" --build "$root/build" --out "$root/docs/verification.md" "$@"

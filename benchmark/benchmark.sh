@@ -2,13 +2,20 @@
 # Times TreModal in batch on large example models and sets each run against
 # its I/O floor: the time to read the run's input files (cat > /dev/null) and
 # to write as many bytes as the run wrote (dd), measured in the same session.
+# The large model runs on one worker thread and on two (TREMODAL_THREADS), and
+# once more as a vectorised numpy script of the same work up to casepost
+# (numpy_pipeline.py beside this script), timed the same way.
 #
-#   bash scripts/benchmark.sh            the full models (about 4 GB of disk, a few minutes)
-#   bash scripts/benchmark.sh --tiny     the same models at a tiny size: a smoke test
+#   bash benchmark/benchmark.sh          the full models (about 4 GB of disk, a few minutes)
+#   bash benchmark/benchmark.sh --tiny   the same models at a tiny size: a smoke test
 #   options: --runs N (5), --build DIR (build), --work DIR (a new temporary directory)
 #
+# The full run installs Debian's python3-numpy when it is missing; a tiny run
+# times the numpy script only when numpy is there, and says so when not.
+#
 # Columns: median wall time of the runs, and of the part before casepost
-# starts (the rest is the wait for the first 100 ms tick of the child poll);
+# starts (the rest is the wait for the first 100 ms tick of the child poll;
+# the numpy script starts no casepost);
 # the floor, the fastest of its tries, with its read and write times; median
 # wall / floor; peak resident memory of the runs, and against the frequency
 # case file's size; bytes read and written by a run (the kernel's count of
@@ -21,8 +28,11 @@
 # memory in use. The runs meet memory in use; the floor is taken twice after
 # each run (see below), and the fastest try, in memory in use as well, is the
 # floor that a machine of its own would show. One untimed run comes first.
+# Last, the best run of the numpy script against the best run of TreModal up
+# to casepost.
 set -euo pipefail
-root="$(cd "$(dirname "$0")/.." && pwd)"
+here="$(cd "$(dirname "$0")" && pwd)"
+root="$(dirname "$here")"
 runs=5
 build="$root/build"
 work=""
@@ -42,11 +52,19 @@ program="$build/TreModal"
 for f in "$tool" "$program" /usr/bin/time; do
   [ -x "$f" ] || { echo "benchmark.sh: $f is missing (scripts/build.sh, scripts/install-deps.sh)" >&2; exit 2; }
 done
+# Debian's own interpreter, which sees Debian's numpy whatever else is on PATH.
+py=/usr/bin/python3
+[ "$tiny" = 1 ] || "$root/scripts/install-numpy.sh"
+have_numpy=0
+"$py" -c "import numpy" 2>/dev/null && have_numpy=1
 if [ -z "$work" ]; then
   work=$(mktemp -d "${TMPDIR:-/tmp}/tremodal-bench-XXXXXX")
   trap 'rm -rf "$work"' EXIT
 fi
 mkdir -p "$work"
+# Where the numpy script writes its response files.
+scratch="$work/numpy-out"
+mkdir -p "$scratch"
 
 # The model sizes: storeys x columns a floor, kept modes, and the square
 # models' storeys (6 equations a floor).
@@ -63,6 +81,7 @@ else
 fi
 
 median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+minimum() { printf '%s\n' "$@" | sort -g | head -1; }
 maximum() { printf '%s\n' "$@" | sort -g | tail -1; }
 io_counts() { awk '/^rchar:/ { r = $2 } /^wchar:/ { w = $2 } END { print r, w }' "/proc/$$/io"; }
 elapsed() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.3f", b - a }'; }
@@ -83,20 +102,38 @@ write_model() {
 printf '%-22s %7s %9s %7s %7s %7s %6s %9s %7s %8s %10s\n' \
   model "wall s" "to post s" "read s" "write s" "floor s" ratio "peak MiB" "RSS/.H" "MB read" "MB written"
 
-# Removes what a run wrote, leaving the model's own files.
+# Removes what a run wrote, leaving the model's own files: the files beside
+# them and the numpy script's files.
 remove_outputs() {
   local dir="$1" f
   shift
-  for f in "$dir"/*; do
+  for f in "$dir"/* "$scratch"/*; do
     [ -f "$f" ] || continue
     [[ " $* " == *" $f "* ]] || rm -f "$f"
   done
 }
 
-# Runs TreModal on the model in $1 once untimed and then $runs times, and
-# prints one row labelled $2.
+# One run on the model in $1 as the suite's batch tool starts it, with no
+# screen, on $threads worker threads when that is set.
+run_tremodal() {
+  local dir="$1"
+  (cd "$dir" && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME="$dir/config" \
+    ${threads:+TREMODAL_THREADS="$threads"} /usr/bin/time -f '%M' -o "$work/rss" "$program" 1/20/)
+}
+
+# One run of the numpy script on the model in $1, the same options set.
+run_numpy() {
+  local dir="$1"
+  (cd "$dir" && PYTHONDONTWRITEBYTECODE=1 /usr/bin/time -f '%M' -o "$work/rss" \
+    "$py" "$here/numpy_pipeline.py" "$dir" 1 --out "$scratch" > /dev/null)
+}
+
+# Runs $3 (run_tremodal, run_numpy) on the model in $1 once untimed and then
+# $runs times, and prints one row labelled $2. Leaves the median wall time in
+# last_wall, and the best wall time and time to casepost in best_wall and
+# best_post.
 measure() {
-  local dir="$1" label="$2"
+  local dir="$1" label="$2" run="$3"
   local inputs=() walls=() posts=() floors=() reads=() writes=() rss=() f
   for f in "$dir"/*; do [ -f "$f" ] && inputs+=("$f"); done
   local read_bytes=0 written_bytes=0
@@ -109,18 +146,17 @@ measure() {
     local before after t0 t1 t2 t3 status=0
     read -r -a before < <(io_counts)
     t0=$EPOCHREALTIME
-    (cd "$dir" && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME="$dir/config" \
-      /usr/bin/time -f '%M' -o "$work/rss" "$program" 1/20/) || status=$?
+    "$run" "$dir" || status=$?
     t1=$EPOCHREALTIME
     read -r -a after < <(io_counts)
     if [ "$status" != 0 ]; then
-      echo "benchmark.sh: TreModal failed on $label (status $status):" >&2
+      echo "benchmark.sh: $label failed (status $status):" >&2
       cat "$dir/SHEAR.LOG" >&2 2>/dev/null || true
       exit 1
     fi
     [ "$i" -gt 0 ] || continue
     walls+=("$(elapsed "$t0" "$t1")")
-    posts+=("$(elapsed "$t0" "$(cat "$work/casepost.started")")")
+    [ ! -f "$work/casepost.started" ] || posts+=("$(elapsed "$t0" "$(cat "$work/casepost.started")")")
     rss+=("$(tail -1 "$work/rss")")
     read_bytes=$((after[0] - before[0]))
     written_bytes=$((after[1] - before[1]))
@@ -148,36 +184,62 @@ measure() {
   # The fastest floor, with the read and write times of that try.
   local fastest
   fastest=$(printf '%s\n' "${floors[@]}" | awk 'NR == 1 || $1 < least { least = $1; at = NR - 1 } END { print at }')
-  local wall peak case_bytes
+  local wall post="" peak case_bytes
   wall=$(median "${walls[@]}")
+  [ ${#posts[@]} -eq 0 ] || post=$(median "${posts[@]}")
   peak=$(maximum "${rss[@]}")
   case_bytes=$(stat -c %s "$dir/SHEAR.H1")
-  awk -v l="$label" -v w="$wall" -v po="$(median "${posts[@]}")" -v r="${reads[fastest]}" \
+  awk -v l="$label" -v w="$wall" -v po="$post" -v r="${reads[fastest]}" \
       -v wr="${writes[fastest]}" -v f="${floors[fastest]}" -v p="$peak" -v h="$case_bytes" \
       -v rb="$read_bytes" -v wb="$written_bytes" 'BEGIN {
-    printf "%-22s %7.3f %9.3f %7.3f %7.3f %7.3f %6.2f %9.1f %7.2f %8.1f %10.1f\n",
-      l, w, po, r, wr, f, (f > 0 ? w / f : 0), p / 1024, p * 1024 / h, rb / 1e6, wb / 1e6 }'
+    printf "%-22s %7.3f %9s %7.3f %7.3f %7.3f %6.2f %9.1f %7.2f %8.1f %10.1f\n",
+      l, w, (po == "" ? "-" : sprintf("%.3f", po)), r, wr, f, (f > 0 ? w / f : 0), p / 1024, p * 1024 / h,
+      rb / 1e6, wb / 1e6 }'
   last_wall="$wall"
+  best_wall=$(minimum "${walls[@]}")
+  best_post=""
+  [ ${#posts[@]} -eq 0 ] || best_post=$(minimum "${posts[@]}")
 }
 
+# The large model, dirs 1-3 and CQC, on one worker thread and on two, and as
+# the numpy script.
 write_model "$work/large" "${large[@]}" --all-freedoms --directions 123 --comb CQC
-measure "$work/large" "large, dirs 1-3, CQC"
+threads=1
+measure "$work/large" "large, 1 thread" run_tremodal
+best_post_1="$best_post"
+threads=2
+measure "$work/large" "large, 2 threads" run_tremodal
+best_post_2="$best_post"
+threads=""
+if [ "$have_numpy" = 1 ]; then
+  measure "$work/large" "large, numpy" run_numpy
+  best_numpy="$best_wall"
+else
+  printf '%-22s %s\n' "large, numpy" "skipped: $py cannot import numpy (a full run installs python3-numpy)"
+fi
 rm -rf "$work/large"
 
 srss_wall=""
 for method in SRSS CQC GROUP DSM ABS; do
   write_model "$work/many" "${many[@]}" --directions 13 --comb "$method"
-  measure "$work/many" "many modes, $method"
+  measure "$work/many" "many modes, $method" run_tremodal
   [ -n "$srss_wall" ] || srss_wall="$last_wall"
   extra_per_direction+=("$method $(awk -v a="$last_wall" -v b="$srss_wall" 'BEGIN { printf "%.3f", (a - b) / 2 }')")
 done
 rm -rf "$work/many"
 
 write_model "$work/square" "${square_small[@]}" --all-freedoms --mass-form square --directions 13
-measure "$work/square" "square, half size"
+measure "$work/square" "square, half size" run_tremodal
 write_model "$work/square" "${square[@]}" --all-freedoms --mass-form square --directions 13
-measure "$work/square" "square"
+measure "$work/square" "square" run_tremodal
 rm -rf "$work/square"
 
 echo
 echo "Many modes, time a method adds over SRSS per direction (s): ${extra_per_direction[*]}"
+if [ "$have_numpy" = 1 ]; then
+  awk -v n="$best_numpy" -v a="$best_post_1" -v b="$best_post_2" -v runs="$runs" 'BEGIN {
+    printf "Large model, best of %d runs: numpy script %.3f s; TreModal to casepost %.3f s on 1 thread, ", runs, n, a
+    printf "%.3f s on 2\n", b
+    printf "numpy wall / TreModal to post (best against best): %.2f (1 thread), %.2f (2 threads)\n",
+      (a > 0 ? n / a : 0), (b > 0 ? n / b : 0) }'
+fi
