@@ -18,34 +18,32 @@ constexpr f64 kPi = 3.14159265358979;
 // wave runs at (cos a, 0, sin a) in the X-Z plane, the minor wave 90 degrees
 // on; the rotation axes of directions 4 and 6 are kept in the quadrant of
 // positive X and Z whatever the angle.
-void BuildExcitation(RunState& s, i16 d) {
+void ExcitationAngle(const RunState& s, i16 d, f64& c, f64& sn) {
     const f64 a = s.Options.PrincipalAngle * kPi / 180.0;
-    if (d < 1 || d > 6) return;
-
     switch (d) {
         case 1:
-            s.CosAngle = std::cos(a);
-            s.SinAngle = std::sin(a);
+            c = std::cos(a);
+            sn = std::sin(a);
             break;
         case 3:
-            s.CosAngle = std::cos(kPi / 2 + a);
-            s.SinAngle = std::sin(kPi / 2 + a);
+            c = std::cos(kPi / 2 + a);
+            sn = std::sin(kPi / 2 + a);
             break;
         case 4:
-            s.CosAngle = std::fabs(std::cos(a));
-            s.SinAngle = std::fabs(std::sin(a));
+            c = std::fabs(std::cos(a));
+            sn = std::fabs(std::sin(a));
             break;
         case 6:
-            s.CosAngle = std::fabs(std::cos(kPi / 2 + a));
-            s.SinAngle = std::fabs(std::sin(kPi / 2 + a));
+            c = std::fabs(std::cos(kPi / 2 + a));
+            sn = std::fabs(std::sin(kPi / 2 + a));
             break;
         default:
             break;  // 2 and 5 keep the angle of the last pass that set one
     }
-    const f64 c = s.CosAngle, sn = s.SinAngle;
+}
 
+void FillExcitation(const RunState& s, i16 d, f64 c, f64 sn, Array1<f32>& r) {
     const i16 nodes = RoundToI16(s.Model.NumNodes);
-    Array1<f32>& r = s.Excitation;
     for (i32 n = 1; n <= nodes; ++n) {
         const i32 ex = s.Freq.NodeDof(n, 1);
         const i32 ey = s.Freq.NodeDof(n, 2);
@@ -86,6 +84,12 @@ void BuildExcitation(RunState& s, i16 d) {
                 break;
         }
     }
+}
+
+void BuildExcitation(RunState& s, i16 d) {
+    if (d < 1 || d > 6) return;
+    ExcitationAngle(s, d, s.CosAngle, s.SinAngle);
+    FillExcitation(s, d, s.CosAngle, s.SinAngle, s.Excitation);
 }
 
 }  // namespace tremodal

@@ -3,12 +3,27 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <memory>
+#include <thread>
 #include <vector>
 
+#include "modal/excitation.h"
 #include "runcontrol/checked_math.h"
 #include "runcontrol/worker_threads.h"
 
 namespace tremodal {
+
+// The participation sums of a pass worked out ahead: the excitation they
+// were worked for, the sums of modes 1 to FirstAlone - 1, and from
+// FirstAlone on the sums that are to be worked one by one, in order.
+struct ParticipationAhead {
+    Array1<f32> Excitation;
+    std::vector<f32> Sums;
+    i32 FirstAlone = 1;
+    bool Ready = false;
+    std::thread Worker;
+};
 
 namespace {
 
@@ -18,16 +33,18 @@ constexpr i32 kSideBySide = 8;
 // Work is shared out among threads in runs of at least this many equations
 // (or groups of modes over as many equations).
 constexpr i32 kLeastEquations = 16384;
+// The sums of the next pass are worked out ahead, on a thread of their own,
+// only above this many terms.
+constexpr std::int64_t kLeastAhead = std::int64_t(1) << 22;
 
 // w(i) = M(i) r(i) for every equation. M and r are singles, so the product
 // is exact in a double, and w(i) phi(i, m) is the one rounding of the exact
 // product M phi r: the same double as (M(i) phi(i, m)) r(i), the order the
 // suite multiplies in. Empty when the mass vector is shorter than the
 // equations; the plain sums then fail at the first equation without a mass.
-std::vector<f64> MassTimesExcitation(const RunState& s) {
+std::vector<f64> MassTimesExcitation(const RunState& s, const Array1<f32>& r) {
     const i32 dof = s.Freq.NumDof;
     const Array1<f32>& mass = s.Freq.MassTerms;
-    const Array1<f32>& r = s.Excitation;
     std::vector<f64> w;
     if (dof < 1 || mass.Upper() < dof || r.Upper() < dof) return w;
     w.resize(std::size_t(dof) + 1);
@@ -46,9 +63,10 @@ void SumParticipation(RunState& s, i32 m) {
     }
 }
 
-// The same sums for up to kSideBySide modes from m on, unchecked. Returns
-// false when a sum overflowed, leaving it to SumParticipation to fail there.
-bool SumParticipationSideBySide(RunState& s, const std::vector<f64>& w, i32 m, i32 count) {
+// The same sums for up to kSideBySide modes from m on, unchecked, into
+// sums(m) on. Returns false when a sum overflowed, leaving it to
+// SumParticipation to fail there.
+bool SumParticipationSideBySide(const RunState& s, const std::vector<f64>& w, i32 m, i32 count, f32* sums) {
     const i32 dof = s.Freq.NumDof;
     const f32* phi[kSideBySide];
     for (i32 k = 0; k < kSideBySide; ++k) {
@@ -65,8 +83,35 @@ bool SumParticipationSideBySide(RunState& s, const std::vector<f64>& w, i32 m, i
     for (i32 k = 0; k < count; ++k) {
         if (!std::isfinite(sum[k])) return false;
     }
-    for (i32 k = 0; k < count; ++k) s.Participation(m + k) = sum[k];
+    for (i32 k = 0; k < count; ++k) sums[m + k] = sum[k];
     return true;
+}
+
+// The sums of every mode in groups side by side, each thread a run of
+// groups, into sums(1..NumModes). Returns the mode from which the sums are
+// to be worked one by one, checked, in order: the first of the first group
+// that overflowed, or NumModes + 1.
+i32 SumGroups(const RunState& s, const std::vector<f64>& w, f32* sums) {
+    const i32 dof = s.Freq.NumDof;
+    const i32 modes = s.Freq.NumModes;
+    if (w.empty()) return 1;
+    const i32 groups = (modes + kSideBySide - 1) / kSideBySide;
+    std::vector<char> overflowed(std::size_t(groups) + 1, 0);
+    overflowed[std::size_t(groups)] = 1;
+    const i32 leastGroups = std::max(1, kLeastEquations / std::max(dof, 1));
+    const bool summed = ForEachRange(0, groups - 1, leastGroups, [&](std::int64_t from, std::int64_t to) {
+        for (std::int64_t g = from; g <= to; ++g) {
+            const i32 first = i32(g) * kSideBySide + 1;
+            if (SumParticipationSideBySide(s, w, first, std::min(kSideBySide, modes - first + 1), sums))
+                continue;
+            overflowed[std::size_t(g)] = 1;
+            break;
+        }
+        return true;
+    });
+    if (!summed) return 1;
+    const auto firstOverflow = std::find(overflowed.begin(), overflowed.end(), 1) - overflowed.begin();
+    return std::min(i32(firstOverflow) * kSideBySide + 1, modes + 1);
 }
 
 // The mass each equation gives to the modes, A(i) = sum over m of w(i, m)^2
@@ -138,26 +183,21 @@ void ComputeParticipation(RunState& s, bool countInI16) {
     const i32 modes = s.Freq.NumModes;
     const Array1<f32>& mass = s.Freq.MassTerms;
     const Array1<f32>& r = s.Excitation;
-    const std::vector<f64> w = MassTimesExcitation(s);
+    const std::vector<f64> w = MassTimesExcitation(s, r);
 
-    // Groups of modes side by side, each thread a run of groups. The sums
-    // from the first group that overflowed on are worked again one by one,
-    // checked, in order.
-    const i32 groups = w.empty() ? 0 : (modes + kSideBySide - 1) / kSideBySide;
-    std::vector<char> overflowed(std::size_t(groups) + 1, 0);
-    overflowed[std::size_t(groups)] = 1;  // where the one-by-one sums start at the latest
-    const i32 leastGroups = std::max(1, kLeastEquations / std::max(dof, 1));
-    const bool summed = ForEachRange(0, groups - 1, leastGroups, [&](std::int64_t from, std::int64_t to) {
-        for (std::int64_t g = from; g <= to; ++g) {
-            const i32 first = i32(g) * kSideBySide + 1;
-            if (SumParticipationSideBySide(s, w, first, std::min(kSideBySide, modes - first + 1))) continue;
-            overflowed[std::size_t(g)] = 1;
-            break;
+    // The sums of the pass, worked out ahead when they could be: those
+    // stand when they were worked for this very excitation.
+    i32 m = 0;
+    if (std::shared_ptr<ParticipationAhead> ahead = std::move(s.Ahead)) {
+        ahead->Worker.join();
+        const std::size_t bytes = std::size_t(dof + 1) * sizeof(f32);
+        if (ahead->Ready && dof >= 0 && ahead->Excitation.Upper() >= dof && r.Upper() >= dof &&
+            std::memcmp(ahead->Excitation.Data(), r.Data(), bytes) == 0) {
+            m = ahead->FirstAlone;
+            std::copy(ahead->Sums.begin() + 1, ahead->Sums.begin() + m, s.Participation.Data() + 1);
         }
-        return true;
-    });
-    const auto firstOverflow = std::find(overflowed.begin(), overflowed.end(), 1) - overflowed.begin();
-    i32 m = summed ? i32(firstOverflow) * kSideBySide + 1 : 1;
+    }
+    if (m == 0) m = SumGroups(s, w, s.Participation.Data());
     for (; m <= modes; ++m) SumParticipation(s, m);
 
     f32 residualSum = 1.0f;
@@ -185,6 +225,41 @@ void ComputeParticipation(RunState& s, bool countInI16) {
 }
 
 }  // namespace
+
+void StartParticipationAhead(RunState& s, i16 d) {
+    DropParticipationAhead(s);
+    const i32 dof = s.Freq.NumDof;
+    const i32 modes = s.Freq.NumModes;
+    // Worth a thread only when the sums take a while.
+    if (WorkerThreads() < 2 || d < 1 || d > 6 || dof < 1 || modes < 1 ||
+        (std::int64_t(dof) * modes < kLeastAhead && !SmallShares()) || s.Excitation.Upper() < dof ||
+        s.Participation.Upper() < modes)
+        return;
+    f64 c = s.CosAngle, sn = s.SinAngle;
+    ExcitationAngle(s, d, c, sn);
+    auto ahead = std::make_shared<ParticipationAhead>();
+    ahead->Worker = std::thread([&s, d, c, sn, dof, modes, ahead = ahead.get()] {
+        OneThreadHere alone;
+        try {
+            ahead->Excitation.Allocate(s.Excitation.Upper());
+            FillExcitation(s, d, c, sn, ahead->Excitation);
+            const std::vector<f64> w = MassTimesExcitation(s, ahead->Excitation);
+            if (w.empty()) return;
+            ahead->Sums.assign(std::size_t(modes) + 1, 0.0f);
+            ahead->FirstAlone = SumGroups(s, w, ahead->Sums.data());
+            ahead->Ready = dof == s.Freq.NumDof;
+        } catch (...) {
+            // The pass works everything itself and meets the failure there.
+        }
+    });
+    s.Ahead = std::move(ahead);
+}
+
+void DropParticipationAhead(RunState& s) {
+    if (!s.Ahead) return;
+    if (s.Ahead->Worker.joinable()) s.Ahead->Worker.join();
+    s.Ahead.reset();
+}
 
 void ComputeParticipationSquare(RunState& s) { ComputeParticipation(s, false); }
 

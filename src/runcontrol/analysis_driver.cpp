@@ -41,6 +41,13 @@ void RunDirection(RunState& s, i16 d) {
     s.MissMassCase = GeneralText(Val(o.MissMassStartCase) + d - 1);
     s.MissMassRead = 0;
     if (o.MissMassOn == 1 && s.RunPhase == 2) ReadMissMassResults(s);
+    // While this pass writes its responses, the next pass's participation
+    // sums are worked out beside it.
+    for (i16 next = d + 1; next <= 6; ++next) {
+        if (o.DirOn(next) == 0) continue;
+        StartParticipationAhead(s, next);
+        break;
+    }
     ComputeModalResponse(s, d);
     CombineBaseShear(s, d);
     s.MissMassLoad(d) = StoreF32(f64(s.MissMassBase) * s.Options.DirFactor(d));
@@ -54,6 +61,11 @@ void RunDirection(RunState& s, i16 d) {
 void AnalyzeResponse(RunState& s) {
     // A run starts from the settings reader or the dialog's event loop.
     ClearUpperVectorState();
+    // Sums worked out ahead never outlive the run, whichever way it ends.
+    struct AheadDropper {
+        RunState& s;
+        ~AheadDropper() { DropParticipationAhead(s); }
+    } aheadDropper{s};
     ResponseOptions& o = s.Options;
     ReadFrequencyCase(s);
     if (s.Freq.MassForm == 0) ReadMassMatrix(s);

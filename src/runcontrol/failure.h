@@ -17,16 +17,16 @@ using f64 = double;
 
 // The failure numbers that reach a user or a log.
 enum FailureNumber : int {
-    kInvalidArgument = 5,    // square root or logarithm outside its domain
-    kOverflow = 6,           // integer overflow, or a float too big for its target
-    kOutOfMemory = 7,        // an allocation that cannot be satisfied
+    kInvalidArgument = 5,  // square root or logarithm outside its domain
+    kOverflow = 6,         // integer overflow, or a float too big for its target
+    kOutOfMemory = 7,      // an allocation that cannot be satisfied
     kSubscriptOutOfRange = 9,
     kDivisionByZero = 11,
-    kTypeMismatch = 13,      // text that is not a number in a strict conversion
-    kBadFileMode = 52,       // read or write on a file that is not open
+    kTypeMismatch = 13,  // text that is not a number in a strict conversion
+    kBadFileMode = 52,   // read or write on a file that is not open
     kFileNotFound = 53,
     kInputPastEnd = 62,
-    kPathAccessError = 75,   // the file exists but cannot be opened or created
+    kPathAccessError = 75,  // the file exists but cannot be opened or created
 };
 
 class Failure : public std::runtime_error {

@@ -94,6 +94,8 @@ struct SpectrumCurve {
     f32 ZpaPeriod = 0;
 };
 
+struct ParticipationAhead;
+
 struct RunState {
     ModelContext Model;
     ResponseOptions Options;
@@ -123,6 +125,8 @@ struct RunState {
     Array1<f32> Excitation;  // 0..NumDof
     f64 CosAngle = 0, SinAngle = 0;
     Array1<f32> Participation;  // 0..NumModes
+    // The next pass's participation sums, being worked out ahead.
+    std::shared_ptr<ParticipationAhead> Ahead;
     f32 ExcitedMass = 0;
     Array1<f32> ResidualMass;  // 0..NumDof
     Array1<f32> ResidualWork;  // 0..NumDof

@@ -19,6 +19,21 @@ namespace tremodal {
 int WorkerThreads();
 void SetWorkerThreads(int count);
 
+// Each kind of work names the least share worth a thread of its own; with
+// small shares on, one item is enough, so that tests of small models run
+// their work side by side as a large model does.
+void SetSmallShares(bool on);
+bool SmallShares();
+
+// While one stands, the work started on this thread stays on it: for work
+// that itself runs beside other threads.
+struct OneThreadHere {
+    OneThreadHere();
+    ~OneThreadHere();
+    OneThreadHere(const OneThreadHere&) = delete;
+    OneThreadHere& operator=(const OneThreadHere&) = delete;
+};
+
 // Splits first..last into one run of neighbouring items a thread, at least
 // `least` items each, and calls `work(from, to)` for every run, the first on
 // the calling thread. The work of different runs must not depend on each
@@ -68,7 +83,7 @@ template <class T = f64, class MakeRowTerms, class UseRow>
 void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms makeRowTerms, UseRow useRow) {
     if (last < first) return;
     const std::int64_t rows = std::int64_t(last) - first + 1;
-    const int workers = int(std::min<std::int64_t>(WorkerThreads(), rows / 16));
+    const int workers = int(std::min<std::int64_t>(WorkerThreads(), SmallShares() ? rows : rows / 16));
     if (workers <= 1) {
         auto rowTerms = makeRowTerms();
         std::vector<T> terms(rowLength);
