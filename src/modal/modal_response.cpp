@@ -22,6 +22,8 @@ constexpr f64 kPi = 3.14159265358979;
 // 2 pi / 0.4: the rocking input of short-period modes follows the ground
 // acceleration rather than the displacement.
 constexpr f32 kRotationPeriod = 0.4f;
+// Work is shared out among threads in runs of at least this many values.
+constexpr std::int64_t kLeastValues = 1 << 16;
 
 const char* const kAccelHeading =
     "Node  Mode   Period     x          y          z          xr         yr         zr!";
@@ -92,13 +94,24 @@ std::vector<f64> ResponseScales(RunState& s, i16 d, i16 modes) {
 // the zeros of the allocation.
 void FillModalAccel(RunState& s, const std::vector<f64>& scale, i16 modes) {
     const i32 dof = s.Freq.NumDof;
-    for (i32 m = 1; m <= modes; ++m) {
-        const f32* shape = s.Freq.ModeShape.Column(m, dof);
-        f32* accel = s.ModalAccel.Column(m, dof);
-        const f64 omega = s.Freq.Omega(m);
-        for (i32 e = 1; e <= dof; ++e)
-            accel[e] = RoundToSingle(scale[std::size_t(m)] * shape[e] * omega * omega);
-    }
+    if (modes < 1) return;
+    (void)s.Freq.ModeShape.Column(modes, dof);
+    (void)s.ModalAccel.Column(modes, dof);
+    const f32* shapes = s.Freq.ModeShape.Data();
+    f32* accels = s.ModalAccel.Data();
+    const std::int64_t stride = std::int64_t(dof) + 1;
+    // Each thread a run of modes.
+    ForEachRange(1, modes, std::max<std::int64_t>(1, kLeastValues / stride),
+                 [&](std::int64_t from, std::int64_t to) {
+                     for (std::int64_t m = from; m <= to; ++m) {
+                         const f32* shape = shapes + m * stride;
+                         f32* accel = accels + m * stride;
+                         const f64 omega = s.Freq.Omega.Data()[m];
+                         for (i32 e = 1; e <= dof; ++e)
+                             accel[e] = RoundToSingle(scale[std::size_t(m)] * shape[e] * omega * omega);
+                     }
+                     return true;
+                 });
 }
 
 // Equation numbers of every freedom of every node, node by node, checked
