@@ -14,4 +14,17 @@ void CombineBaseShear(RunState& state, i16 d);
 // method but the absolute sum (4) leaves its square.
 f32 CombinedShear(f32 baseShear, i16 combMethod);
 
+namespace detail {
+// The terms of row i of the complete quadratic combination (first..last,
+// arrays by mode number) and of the double sum (with damped frequencies and
+// effective damping), as the combination works them out; false where a term
+// would fail. Open to tests, which hold them against the formulas.
+bool CqcRowTerms(const f32* omega, const f32* zeta, const f32* shear, i32 first, i32 last, i32 i, f64* terms);
+bool DsmRowTerms(const f32* omega, const f32* dampedOmega, const f32* zetaEff, const f32* shear, i32 first,
+                 i32 last, i32 i, f64* terms);
+// Whether the rows may go four terms at a time where the processor can: on
+// unless a test turns it off.
+void AllowWideRows(bool allow);
+}  // namespace detail
+
 }  // namespace tremodal

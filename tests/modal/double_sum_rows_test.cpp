@@ -2,13 +2,14 @@
 // several threads: the bits of the result are those of the plain double loop
 // with a store on every addition, and a fault is the one that loop meets
 // first.
-#include "modal/base_shear.h"
-
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <random>
 
+#include "modal/base_shear.h"
 #include "runcontrol/worker_threads.h"
 #include "support/test_support.h"
 
@@ -117,6 +118,90 @@ TEST(DoubleSumRows, AFaultInARowIsTheOneTheRowOrderMeetsFirst) {
         s.ModalDamping(150) = 0.05f;
         EXPECT_EQ(FailureOf([&] { CombineBaseShear(s, 1); }), kOverflow) << threads;
     }
+}
+
+// The rows four terms at a time hold every term to the last bit of the
+// terms one at a time, and both to the formulas with their powers: rows of
+// odd length (a tail of one to three terms), equal frequencies, zero and
+// uneven damping, frequencies from 0.01 to 1e5 rad/s, and a negative
+// damping ratio and a zero frequency that make a row fail.
+TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
+    std::mt19937 g(7);
+    std::uniform_real_distribution<double> u(0, 1);
+    for (const i32 count : {5, 6, 7, 8, 1003}) {
+        const std::size_t n = std::size_t(count) + 1;
+        std::vector<f32> omega(n), zeta(n), shear(n), damped(n), effective(n);
+        for (std::size_t m = 1; m < n; ++m) {
+            omega[m] = m % 9 == 0 ? omega[m - 1] : f32(0.01 * std::pow(1e7, u(g)));
+            zeta[m] = m % 4 == 0 ? 0.0f : f32(u(g) * 0.2);
+            shear[m] = f32((u(g) - 0.5) * 1e3);
+            damped[m] = f32(std::pow(1 - f64(zeta[m]) * zeta[m], 0.5) * omega[m]);
+            effective[m] = f32(2.0 / 15 / omega[m] + zeta[m]);
+        }
+        std::vector<f64> wide(n), narrow(n);
+        for (i32 i = 1; i <= count; ++i) {
+            detail::AllowWideRows(true);
+            const bool wideGood =
+                detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i, wide.data());
+            detail::AllowWideRows(false);
+            const bool good =
+                detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i, narrow.data());
+            ASSERT_TRUE(good && wideGood) << i;
+            for (i32 j = 1; j <= count; ++j) {
+                const std::size_t k = std::size_t(j - 1);
+                ASSERT_EQ(std::bit_cast<std::uint64_t>(wide[k]), std::bit_cast<std::uint64_t>(narrow[k]))
+                    << "CQC " << i << ", " << j;
+                const f64 zi = zeta[std::size_t(i)], zj = zeta[std::size_t(j)];
+                const f32 r = f32(f64(omega[std::size_t(j)]) / omega[std::size_t(i)]);
+                f64 rho = 1;
+                if (r != 1.0f) {
+                    const f64 rr = r;
+                    const f32 num = f32(8 * std::pow(zj * zi, 0.5) * (zj * rr + zi) * std::pow(rr, 1.5));
+                    const f64 den = (1 - rr * rr) * (1 - rr * rr) + (1 + rr * rr) * 4 * zi * zj * rr +
+                                    4 * (zi * zi + zj * zj) * (rr * rr);
+                    rho = std::min(f32(num / den), 1.0f);
+                }
+                ASSERT_EQ(wide[k], rho * shear[std::size_t(i)] * shear[std::size_t(j)])
+                    << "CQC " << i << ", " << j;
+            }
+            detail::AllowWideRows(true);
+            const bool dsmWideGood = detail::DsmRowTerms(omega.data(), damped.data(), effective.data(),
+                                                         shear.data(), 1, count, i, wide.data());
+            detail::AllowWideRows(false);
+            const bool dsmGood = detail::DsmRowTerms(omega.data(), damped.data(), effective.data(),
+                                                     shear.data(), 1, count, i, narrow.data());
+            ASSERT_TRUE(dsmGood && dsmWideGood) << i;
+            for (i32 j = 1; j <= count; ++j) {
+                const std::size_t k = std::size_t(j - 1), ui = std::size_t(i), uj = std::size_t(j);
+                ASSERT_EQ(std::bit_cast<std::uint64_t>(wide[k]), std::bit_cast<std::uint64_t>(narrow[k]))
+                    << "DSM " << i << ", " << j;
+                const f64 den = f64(effective[uj]) * omega[uj] + f64(effective[ui]) * omega[ui];
+                const f32 eps = f32((f64(damped[uj]) - damped[ui]) / den);
+                const f32 rho = f32(1 / (1 + f64(eps) * eps));
+                ASSERT_EQ(wide[k], f64(shear[uj]) * shear[ui] * rho) << "DSM " << i << ", " << j;
+            }
+        }
+        // A fault anywhere in the row, in the first four terms or the tail.
+        for (const std::size_t at : {std::size_t(2), std::size_t(count)}) {
+            for (const bool allow : {true, false}) {
+                detail::AllowWideRows(allow);
+                const f32 keep = zeta[at];
+                zeta[at] = -0.01f;
+                EXPECT_FALSE(
+                    detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, 1, wide.data()));
+                zeta[at] = keep;
+                const f32 keepOmega = omega[at], keepEffective = effective[at];
+                omega[at] = effective[at] = 0;
+                effective[1] = 0;
+                EXPECT_FALSE(detail::DsmRowTerms(omega.data(), damped.data(), effective.data(), shear.data(),
+                                                 1, count, 1, wide.data()));
+                omega[at] = keepOmega;
+                effective[at] = keepEffective;
+                effective[1] = f32(2.0 / 15 / omega[1] + zeta[1]);
+            }
+        }
+    }
+    detail::AllowWideRows(true);
 }
 
 }  // namespace
