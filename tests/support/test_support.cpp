@@ -41,6 +41,38 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 
 bool Exists(const std::string& path) { return std::filesystem::exists(path); }
 
+namespace {
+
+// Puts `picture` in the place of every stretch of the bytes that has its
+// form, a digit for each letter and the other characters as they are
+// ("DD/MM/YYYY" for "25/11/2026"). A plain scan: a regular expression takes
+// seconds over the megabytes of a large run.
+void MaskPicture(std::string& bytes, const std::string& picture) {
+    const std::size_t n = picture.size();
+    for (std::size_t at = 0; at + n <= bytes.size(); ++at) {
+        std::size_t k = 0;
+        for (; k < n; ++k) {
+            const char c = bytes[at + k], p = picture[k];
+            if (p >= 'A' && p <= 'Z' ? c < '0' || c > '9' : c != p) break;
+        }
+        if (k < n) continue;
+        bytes.replace(at, n, picture);
+        at += n - 1;
+    }
+}
+
+}  // namespace
+
+std::string MaskedRunText(std::string bytes, const std::string& dir) {
+    const std::string token = "<DIR>";
+    for (std::size_t at = bytes.find(dir); at != std::string::npos; at = bytes.find(dir, at + token.size())) {
+        bytes.replace(at, dir.size(), token);
+    }
+    MaskPicture(bytes, "DD/MM/YYYY");
+    MaskPicture(bytes, "HH:MM:SS");
+    return bytes;
+}
+
 int RunCommand(const std::string& command) {
     int status = std::system(command.c_str());
     if (status == -1 || !WIFEXITED(status)) return -1;
