@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <map>
-#include <regex>
 #include <string>
 
 #include "support/model_fixture.h"
@@ -31,19 +30,6 @@ std::uint64_t Fingerprint(const std::string& bytes) {
     return hash;
 }
 
-// The run's date and time and the temporary directory's name are the only
-// things that may differ from one run to the next.
-std::string Masked(std::string bytes, const std::string& dir) {
-    const std::string token = "<DIR>";
-    for (std::size_t at = bytes.find(dir); at != std::string::npos; at = bytes.find(dir, at + token.size())) {
-        bytes.replace(at, dir.size(), token);
-    }
-    static const std::regex date("[0-9]{2}/[0-9]{2}/[0-9]{4}");
-    static const std::regex time("[0-9]{2}:[0-9]{2}:[0-9]{2}");
-    bytes = std::regex_replace(bytes, date, "DD/MM/YYYY");
-    return std::regex_replace(bytes, time, "HH:MM:SS");
-}
-
 std::map<std::string, std::uint64_t> RunAndFingerprint(const std::string& toolArguments,
                                                        const std::vector<std::string>& outputs) {
     TempDir dir;
@@ -55,7 +41,7 @@ std::map<std::string, std::uint64_t> RunAndFingerprint(const std::string& toolAr
     EXPECT_EQ(RunTreModalIn(dir.Path(), "1/20/"), 0);
     std::map<std::string, std::uint64_t> prints;
     for (const std::string& name : outputs) {
-        prints[name] = Fingerprint(Masked(ReadFile(dir.Path() + "/" + name), dir.Path()));
+        prints[name] = Fingerprint(testing::MaskedRunText(ReadFile(dir.Path() + "/" + name), dir.Path()));
     }
     return prints;
 }

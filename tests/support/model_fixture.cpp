@@ -92,13 +92,14 @@ void WriteStandInCasepostIn(const std::string& dir) {
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
-int RunTreModalIn(const std::string& dir, const std::string& commandLine, int seconds) {
+int RunTreModalIn(const std::string& dir, const std::string& commandLine, int seconds,
+                  const std::string& environment) {
     const char* binary = TREMODAL_BIN;
     const std::string config = WriteSettingsIn(dir);
     // No screen: message boxes must go to standard error and never wait.
     const std::string command = "cd '" + dir + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" +
-                                config + "' timeout " + std::to_string(seconds) + " '" + binary + "' " +
-                                commandLine + " 2> '" + dir + "/stderr.txt' < /dev/null";
+                                config + "' " + environment + " timeout " + std::to_string(seconds) + " '" +
+                                binary + "' " + commandLine + " 2> '" + dir + "/stderr.txt' < /dev/null";
     return RunCommand(command);
 }
 

@@ -20,8 +20,10 @@ extern const char* const kFreshOptionsFile;
 // the real TreModal there with standard error in dir/stderr.txt.
 std::string WriteSettingsIn(const std::string& dir);
 void WriteStandInCasepostIn(const std::string& dir);
-// A run that takes longer than the given seconds is killed and gives 124.
-int RunTreModalIn(const std::string& dir, const std::string& commandLine, int seconds = 60);
+// A run that takes longer than the given seconds is killed and gives 124;
+// `environment` adds settings to the run's environment ("TREMODAL_THREADS=1").
+int RunTreModalIn(const std::string& dir, const std::string& commandLine, int seconds = 60,
+                  const std::string& environment = "");
 
 // The frequency case of the fixture's frame: nodes 2 to 4 carry x in
 // equations 1, 3, 5 and z in 2, 4, 6, all of unit lumped mass; node 1 is the

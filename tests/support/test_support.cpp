@@ -41,6 +41,43 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 
 bool Exists(const std::string& path) { return std::filesystem::exists(path); }
 
+namespace {
+
+// Puts `picture` in the place of every stretch of the bytes that has its
+// form, a digit for each letter and the other characters as they are
+// ("DD/MM/YYYY" for "25/11/2026"). The picture's first separator is looked
+// for, and the form checked around it: a regular expression, or a check at
+// every byte, takes seconds over the megabytes of a large run.
+void MaskPicture(std::string& bytes, const std::string& picture) {
+    const std::size_t n = picture.size();
+    const std::size_t mark = picture.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ");
+    for (std::size_t at = bytes.find(picture[mark], mark); at != std::string::npos;
+         at = bytes.find(picture[mark], at + 1)) {
+        const std::size_t start = at - mark;
+        if (start + n > bytes.size()) break;
+        std::size_t k = 0;
+        for (; k < n; ++k) {
+            const char c = bytes[start + k], p = picture[k];
+            if (p >= 'A' && p <= 'Z' ? c < '0' || c > '9' : c != p) break;
+        }
+        if (k < n) continue;
+        bytes.replace(start, n, picture);
+        at = start + n - 1;
+    }
+}
+
+}  // namespace
+
+std::string MaskedRunText(std::string bytes, const std::string& dir) {
+    const std::string token = "<DIR>";
+    for (std::size_t at = bytes.find(dir); at != std::string::npos; at = bytes.find(dir, at + token.size())) {
+        bytes.replace(at, dir.size(), token);
+    }
+    MaskPicture(bytes, "DD/MM/YYYY");
+    MaskPicture(bytes, "HH:MM:SS");
+    return bytes;
+}
+
 int RunCommand(const std::string& command) {
     int status = std::system(command.c_str());
     if (status == -1 || !WIFEXITED(status)) return -1;

@@ -35,6 +35,11 @@ std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& bytes);
 bool Exists(const std::string& path);
 
+// The bytes of a file a run wrote with what may differ from one run to the
+// next masked: the run's directory `dir` (as "<DIR>"), its date (as
+// "DD/MM/YYYY") and its time (as "HH:MM:SS").
+std::string MaskedRunText(std::string bytes, const std::string& dir);
+
 // Runs a command through the shell and returns its exit status; its
 // standard output and error go to the named files when given.
 int RunCommand(const std::string& command);

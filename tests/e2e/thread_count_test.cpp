@@ -1,0 +1,430 @@
+// A run works the same on one thread as on several: every file it writes is
+// the same byte for byte, and a run that fails ends with the failure that
+// the one-thread order meets first, its number, its log line and its words,
+// even where a worker on a later mode or equation meets its own fault
+// sooner. The model is a tower large enough that every part worked on
+// threads is split: 72 modes (rows of the double sums, groups of modes),
+// 432 equations (ranges of equations, blocks of the response files), all
+// six directions, a square mass block, damping by mode and close modes. Three
+// threads are asked for, more than a small machine has cores: the workers
+// then take turns in ever new orders, which must change nothing.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <map>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "runcontrol/worker_threads.h"
+#include "support/model_fixture.h"
+
+namespace tremodal {
+namespace {
+
+using testing::BytesF32;
+using testing::BytesI16;
+using testing::BytesI32;
+using testing::FrequencyCaseData;
+using testing::ReadFile;
+using testing::TempDir;
+using testing::WriteFile;
+
+using Files = std::map<std::string, std::string>;  // relative name: masked bytes
+
+constexpr int kNodes = 81;  // node 1 is the restrained base
+constexpr int kModes = 72;
+constexpr int kMissMassCase = 10;
+const char* const kMethods[] = {"SRSS", "CQC", "GROUP", "DSM", "ABS"};
+
+// The threads of runs in this process, as they were before, once done.
+class ThreadCount {
+public:
+    explicit ThreadCount(int count) : saved_(WorkerThreads()) { SetWorkerThreads(count); }
+    ~ThreadCount() { SetWorkerThreads(saved_); }
+
+private:
+    int saved_;
+};
+
+// A node's translational mass, 1, 2 or 4: powers of two keep the products
+// of the failure cases below exact.
+double NodeMass(int node) { return double(1 << (node % 3)); }
+
+// Mode shape values spread over -0.05 .. 0.05, the same in every run.
+float NextShapeValue(std::uint64_t& state) {
+    state = state * 6364136223846793005ull + 1442695040888963407ull;
+    return float((double(state >> 40) / double(1 << 24) - 0.5) * 0.1);
+}
+
+// Nodes 2 to 81 carry their six freedoms in equations 1 to 432, except every
+// fifth node, whose rotations have none. Every third mode lies 0.5 % above
+// the one before, and mode 20 on mode 19 exactly: close modes weigh in the
+// cross terms of CQC and DSM and make up the groups of GROUP.
+FrequencyCaseData TowerCase() {
+    FrequencyCaseData c;
+    c.CaseNodes = kNodes;
+    c.NodeDof.push_back({});
+    for (int n = 2; n <= kNodes; ++n) {
+        std::array<std::int32_t, 6> dof{};
+        for (int k = 0; k < 6; ++k) {
+            if (k >= 3 && n % 5 == 0) continue;
+            dof[std::size_t(k)] = ++c.NumDof;
+            c.Masses.push_back(k < 3 ? NodeMass(n) : 0.5);
+        }
+        c.NodeDof.push_back(dof);
+    }
+    c.MassForm = 0;
+    c.OffDiagonal = 0.01;
+    c.DirMass = {187, 187, 187, 0, 0, 0};
+    double omega = 4;
+    std::uint64_t state = 2026;
+    for (int m = 1; m <= kModes; ++m) {
+        omega += m % 3 == 0 ? 0.005 * omega : (m == 20 ? 0.0 : 0.4);
+        c.Eigenvalues.push_back(omega * omega);
+        std::vector<float> shape(std::size_t(c.NumDof) + 1, 0.0f);
+        for (std::size_t e = 1; e < shape.size(); ++e) shape[e] = NextShapeValue(state);
+        c.Shapes.push_back(shape);
+    }
+    return c;
+}
+
+std::size_t Eq(const FrequencyCaseData& c, int node, int freedom) {
+    return std::size_t(c.NodeDof[std::size_t(node - 1)][std::size_t(freedom - 1)]);
+}
+
+// The fresh dialog's options with all six directions on, the datum off the
+// origin, the principal direction at `angle` degrees, and the method and
+// the missing mass as given.
+void WriteTowerOptions(const std::string& path, int method, int angle, bool missingMass) {
+    std::string text = testing::kFreshOptionsFile;
+    // The switches of directions 2 to 6 are the only lines ending in five blanks and "0 ".
+    const std::string off = "     0 \r\n";
+    for (std::size_t at = text.find(off); at != std::string::npos; at = text.find(off, at))
+        text[at + 5] = '1';
+    WriteFile(path, text);
+    // A line keeps its label, up to and with the comma, and takes the value.
+    const auto set = [&](const std::string& label, const std::string& value) {
+        const std::size_t at = text.find(label);
+        testing::SetOptionsLine(path, label, text.substr(at, text.find(',', at) + 1 - at) + value);
+    };
+    set("Principal Direction", " " + std::to_string(angle));
+    set("Rotation Datum", " 1  0 -2 ");
+    set("Modal Combination Method", " " + std::to_string(method) + " ");
+    set("Missing Mass Case", std::string(missingMass ? " 1" : " 0") + " ," + std::to_string(kMissMassCase));
+}
+
+// The tower's files beside MODEL.NAM, the frequency case as given: size,
+// coordinates of nodes on a 4 x 3 grid rising 3 a level, the curve with the
+// ZPA period 0.03 s first, damping of 2 to 5 % by mode (every fifth mode
+// keeps the options' 5 %), options, and a stand-in casepost.
+void WriteTower(const std::string& dir, const std::string& frequencyCase, int method, int angle,
+                bool missingMass) {
+    const std::string model = dir + "/TOWER";
+    WriteFile(dir + "/MODEL.NAM", "\"" + model + "\",\"TOWER\"\r\n");
+    WriteFile(model + ".XSZ", "\"VARNEK\"\r\nTOWER\r\n\"Tower\"\r\nx1\r\nx2\r\nx3\r\n5,0," +
+                                  std::to_string(kNodes) +
+                                  ",0\r\nt1\r\nt2\r\nt3\r\nt4\r\nt5\r\nt6\r\nt7\r\n1\r\n");
+    std::string xyz, damping;
+    for (int n = 1; n <= kNodes; ++n) {
+        xyz += BytesI16(std::int16_t(n)) + BytesF32(2.5f * float(n % 4)) + BytesF32(3.0f * float(n / 12)) +
+               BytesF32(1.5f * float(n % 3));
+    }
+    for (int m = 1; m <= kModes; ++m) {
+        if (m % 5 != 0) damping += std::to_string(m) + ",0.0" + std::to_string(2 + m % 4) + "\r\n";
+    }
+    WriteFile(model + ".XYZ", xyz);
+    WriteFile(model + ".USD1", damping + "-1\r\n");
+    WriteFile(model + ".URS1", "0.03,0.35\r\n0.1,0.8\r\n0.5,0.8\r\n1,0.45\r\n3,0.15\r\n-1\r\n");
+    WriteFile(model + ".H1", frequencyCase);
+    WriteTowerOptions(model + ".USM1", method, angle, missingMass);
+    testing::WriteStandInCasepostIn(dir);
+}
+
+// The suite's solver between the two missing mass passes, standing in: the
+// node displacements of the three translational cases, 24 bytes of header
+// first.
+void SolveMissingMassCases(const std::string& dir) {
+    for (int d = 1; d <= 3; ++d) {
+        std::string bytes(24, 'h');
+        for (int n = 1; n <= kNodes; ++n) {
+            for (int k = 1; k <= 6; ++k)
+                bytes += BytesF32(n == 1 ? 0.0f : 1e-4f * float((7 * n + 3 * k + d) % 11 - 5));
+        }
+        WriteFile(dir + "/TOWER.R" + std::to_string(kMissMassCase + d - 1), bytes);
+    }
+}
+
+Files FilesIn(const std::string& dir) {
+    Files files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(dir)) {
+        if (!entry.is_regular_file()) continue;
+        const std::string name = std::filesystem::relative(entry.path(), dir).string();
+        files[name] = testing::MaskedRunText(ReadFile(entry.path().string()), dir);
+    }
+    return files;
+}
+
+std::vector<std::string> Names(const Files& files) {
+    std::vector<std::string> names;
+    for (const auto& [name, bytes] : files) names.push_back(name);
+    return names;
+}
+
+// The same names, and the same bytes in each; a file that differs is named
+// with the first byte that does.
+void ExpectSameFiles(const Files& oneThread, const Files& threeThreads) {
+    ASSERT_EQ(Names(oneThread), Names(threeThreads));
+    for (const auto& [name, bytes] : oneThread) {
+        const std::string& other = threeThreads.at(name);
+        if (bytes == other) continue;
+        const auto at = std::mismatch(bytes.begin(), bytes.end(), other.begin(), other.end()).first;
+        ADD_FAILURE() << name << " differs from byte " << (at - bytes.begin());
+    }
+}
+
+struct InProcessFiles {
+    Files firstPass, secondPass;
+    std::vector<std::string> messages;
+    // The combined base shears and missing mass loads of directions 1 to 3:
+    // the files show them to four digits only.
+    std::vector<f32> figures;
+};
+
+// Both passes of a missing mass analysis in this process on `threads`
+// threads, the dialog's base shear block and accelerations file on.
+InProcessFiles RunBothPassesInProcess(int method, int threads) {
+    TempDir dir;
+    WriteTower(dir.Path(), testing::FrequencyCaseBytes(TowerCase()), method, 30, true);
+    ThreadCount count(threads);
+    testing::InProcessRun run(dir.Path(), "1/20/1/");
+    run.state.Options.ShowModalShear = 1;
+    run.state.Options.CreateAccelFile = 1;
+    run.Analyze();
+    InProcessFiles files;
+    files.firstPass = FilesIn(dir.Path());
+    SolveMissingMassCases(dir.Path());
+    run.state.RunPhase = 2;
+    run.Analyze();
+    files.secondPass = FilesIn(dir.Path());
+    files.messages = run.host.Messages;
+    for (int d = 1; d <= 3; ++d) {
+        files.figures.push_back(run.state.BaseShear(d));
+        files.figures.push_back(run.state.MissMassLoad(d));
+    }
+    return files;
+}
+
+// What the comparison relies on: each part of the run reached the files.
+void ExpectEveryPartInTheFiles(const InProcessFiles& run) {
+    for (int d = 1; d <= 6; ++d)
+        EXPECT_EQ(run.secondPass.count("TOWER.SEA-" + std::to_string(d) + ".O.20"), 1u);
+    for (const char* name : {"TOWER.L10", "TOWER.L11", "TOWER.L12", "TOWER.C0"}) {
+        EXPECT_EQ(run.firstPass.count(name), 1u) << name;
+    }
+    EXPECT_NE(run.secondPass.at("TOWER.L20").find("ACOM,Base Shear Components due to Translational Motion"),
+              std::string::npos);
+    // The pseudo-mode of the solved case is the last row of each translation.
+    EXPECT_EQ(run.secondPass.at("TOWER.HS1").substr(6, 4), BytesI32(kModes + 1));
+    EXPECT_EQ(run.secondPass.at("TOWER.HS4").substr(6, 4), BytesI32(kModes));
+}
+
+TEST(ThreadCount, SameFilesWithOneThreadAndSeveral) {
+    for (int method = 0; method <= 4; ++method) {
+        SCOPED_TRACE(kMethods[method]);
+        const InProcessFiles one = RunBothPassesInProcess(method, 1);
+        const InProcessFiles three = RunBothPassesInProcess(method, 3);
+        ExpectEveryPartInTheFiles(one);
+        ExpectSameFiles(one.firstPass, three.firstPass);
+        ExpectSameFiles(one.secondPass, three.secondPass);
+        EXPECT_EQ(one.messages, three.messages);
+        EXPECT_EQ(one.figures, three.figures);
+    }
+}
+
+// Both passes of the real program with TREMODAL_THREADS at `threads`.
+Files RunBothPassesOfTheProgram(int method, int threads) {
+    TempDir dir;
+    WriteTower(dir.Path(), testing::FrequencyCaseBytes(TowerCase()), method, 30, true);
+    const std::string environment = "TREMODAL_THREADS=" + std::to_string(threads);
+    EXPECT_EQ(testing::RunTreModalIn(dir.Path(), "1/20/1/", 60, environment), 0);
+    SolveMissingMassCases(dir.Path());
+    EXPECT_EQ(testing::RunTreModalIn(dir.Path(), "1/20/2/", 60, environment), 0);
+    return FilesIn(dir.Path());
+}
+
+TEST(ThreadCount, TheProgramWritesTheSameFilesWhateverTremodalThreads) {
+    for (int method : {1, 3}) {
+        SCOPED_TRACE(kMethods[method]);
+        const Files one = RunBothPassesOfTheProgram(method, 1);
+        EXPECT_EQ(one.count("TOWER.L20"), 1u);
+        ExpectSameFiles(one, RunBothPassesOfTheProgram(method, 3));
+    }
+}
+
+struct FailedRun {
+    int status = 0;
+    Files files;
+    std::vector<std::string> written;  // names the run added
+};
+
+FailedRun RunFailingProgram(const std::string& frequencyCase, bool missingMass, int threads) {
+    TempDir dir;
+    WriteTower(dir.Path(), frequencyCase, 1, 0, missingMass);
+    testing::WriteSettingsIn(dir.Path());
+    const Files before = FilesIn(dir.Path());
+    FailedRun run;
+    run.status = testing::RunTreModalIn(dir.Path(), missingMass ? "1/20/1/" : "1/20/", 60,
+                                        "TREMODAL_THREADS=" + std::to_string(threads));
+    run.files = FilesIn(dir.Path());
+    for (const auto& [name, bytes] : run.files) {
+        if (!before.count(name)) run.written.push_back(name);
+    }
+    return run;
+}
+
+// Leaves only mode m's z values, all of them `z`: the mode then moves
+// nothing in directions 1 and 2, whose principal direction is at 0 degrees,
+// and its faults wait for direction 3.
+void OnlyZ(FrequencyCaseData& c, int m, float z) {
+    std::vector<float>& shape = c.Shapes[std::size_t(m - 1)];
+    std::fill(shape.begin(), shape.end(), 0.0f);
+    for (int n = 2; n <= kNodes; ++n) shape[Eq(c, n, 3)] = z;
+}
+
+// The bytes of the case with the equation number of one freedom of one
+// mode's block replaced.
+std::string WithEquation(const FrequencyCaseData& c, int mode, int node, int freedom, std::int32_t equation) {
+    std::string bytes = testing::FrequencyCaseBytes(c);
+    const std::size_t block = 40 + 8 * c.Eigenvalues.size() + std::size_t(mode - 1) * kNodes * 48;
+    bytes.replace(block + std::size_t(node - 1) * 48 + std::size_t(freedom - 1) * 8, 4, BytesI32(equation));
+    return bytes;
+}
+
+// A pattern for the general text of a positive figure, its first three
+// digits fixed.
+std::string ThreeDigitsPattern(double x) {
+    const int exponent = int(std::floor(std::log10(x)));
+    const std::string digits = std::to_string(long(std::floor(x / std::pow(10.0, exponent - 2))));
+    return digits.substr(0, 1) + "\\." + digits.substr(1) + "[0-9]*E\\+" + std::to_string(exponent);
+}
+
+std::string LogLine(int number) {
+    return "TREMODAL  E " + std::to_string(number) +
+           " ; L;  102 ; Model Or Data; Error - Check; Model & Re - Run; ";
+}
+
+TEST(ThreadCount, AFailureInALaterModeKeepsItsNumberAndRoute) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const std::string analysis = "the analysis of <DIR>/TOWER\\.H1 with the options <DIR>/TOWER\\.USM1: ";
+    const std::vector<std::string> dirs12 = {"TOWER.HS1", "TOWER.HS2", "TOWER.LOG", "stderr.txt"};
+    const std::vector<std::string> failedRead = {"TOWER.LOG", "stderr.txt"};
+    // Mode 70's period 6.284 / omega, about 0.26 s, lies on the curve's flat
+    // top of 0.8 g: its response is 9.81 x 0.8 / omega^2 times its z
+    // participation 100 x 187 (the z masses of the nodes), the direction
+    // factor 0.7 and the value of the shape.
+    const double response70 = 9.81 * 0.8 / TowerCase().Eigenvalues[69] * 18700 * 0.7 * 1e37;
+    const struct {
+        const char* what;
+        std::function<std::string(FrequencyCaseData&)> damage;
+        bool missingMass;
+        int number;
+        std::string plainLine;  // a pattern
+        std::vector<std::string> written;
+    } cases[] = {
+        // Participation factors sum mode by mode, each over the equations in
+        // order. Mode 40 reaches 2^127 + 2^127 = 2^128 at its last
+        // equations; mode 70 overflows to -3 x 2^127 at its first, which
+        // a worker on the later modes meets long before. Mode 40 comes first.
+        {"participation sums of modes 40 and 70",
+         [](FrequencyCaseData& c) {
+             OnlyZ(c, 40, 0);
+             OnlyZ(c, 70, 0);
+             for (int n : {80, 81}) c.Shapes[39][Eq(c, n, 3)] = float(std::ldexp(1.0, 127) / NodeMass(n));
+             for (int n : {2, 3})
+                 c.Shapes[69][Eq(c, n, 3)] = float(-1.5 * std::ldexp(1.0, 127) / NodeMass(n));
+             return testing::FrequencyCaseBytes(c);
+         },
+         false, 6, analysis + "overflow: 3\\.40282366920938E\\+38 does not fit a single", dirs12},
+        // The residual mass sums equation by equation, the modes in order
+        // within each. Equation 21 (node 5, z) reaches 2^64 in mode 70, whose
+        // square is 2^128 (what the lower modes gave it is lost in the
+        // rounding); node 70's z reaches -2^65 as early as mode 5, square
+        // 2^130. The equation of node 5 comes first. Directions 1 and 2 wrote
+        // their load cases before.
+        {"residual masses of equations 21 and 372",
+         [](FrequencyCaseData& c) {
+             c.Shapes[69][Eq(c, 5, 3)] = float(std::ldexp(1.0, 64) / NodeMass(5));
+             c.Shapes[4][Eq(c, 70, 3)] = float(-std::ldexp(1.0, 65) / NodeMass(70));
+             return testing::FrequencyCaseBytes(c);
+         },
+         true,
+         6,
+         analysis + "overflow: 3\\.40282366920938E\\+38 does not fit a single",
+         {"TOWER.HS1", "TOWER.HS2", "TOWER.L10", "TOWER.L11", "TOWER.LOG", "TOWER.NSL", "stderr.txt"}},
+        // Responses are checked equation by equation, the modes in order
+        // within each. A rotation of 1e37, which no excitation moves, times
+        // the z participation of its mode overflows: at node 3 in mode 70,
+        // and at node 78 in mode 5, negative and larger (a lower mode has
+        // the larger spectral displacement). The equation of node 3 comes
+        // first.
+        {"responses of node 3 in mode 70 and node 78 in mode 5",
+         [](FrequencyCaseData& c) {
+             OnlyZ(c, 5, 100);
+             OnlyZ(c, 70, 100);
+             c.Shapes[69][Eq(c, 3, 4)] = 1e37f;
+             c.Shapes[4][Eq(c, 78, 6)] = -1e37f;
+             return testing::FrequencyCaseBytes(c);
+         },
+         false, 6, analysis + "overflow: " + ThreeDigitsPattern(response70) + " does not fit a single",
+         dirs12},
+        // The shape block is read mode by mode in file order.
+        {"a not-a-number in mode 10, a bad equation in mode 70",
+         [&](FrequencyCaseData& c) {
+             c.Shapes[9][Eq(c, 40, 3)] = nan;
+             return WithEquation(c, 70, 3, 1, 9999);
+         },
+         false, 6, "<DIR>/TOWER\\.H1: in its mode shapes, overflow: not a number stored in a single",
+         failedRead},
+        {"a bad equation in mode 10, a not-a-number in mode 70",
+         [&](FrequencyCaseData& c) {
+             c.Shapes[69][Eq(c, 3, 1)] = nan;
+             return WithEquation(c, 10, 40, 3, 9999);
+         },
+         false, 9, "<DIR>/TOWER\\.H1: in its mode shapes, subscript 9999 outside 0\\.\\.432", failedRead},
+        // Every eigenvalue is rooted before the first mode shape is read: the
+        // later mode's eigenvalue fails first.
+        {"a not-a-number in mode 10, a negative eigenvalue in mode 70",
+         [&](FrequencyCaseData& c) {
+             c.Shapes[9][Eq(c, 40, 3)] = nan;
+             c.Eigenvalues[69] = -400;
+             return testing::FrequencyCaseBytes(c);
+         },
+         false, 5, analysis + "invalid argument: square root of -400", failedRead},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        FrequencyCaseData data = TowerCase();
+        const std::string frequencyCase = c.damage(data);
+        const FailedRun one = RunFailingProgram(frequencyCase, c.missingMass, 1);
+        const FailedRun three = RunFailingProgram(frequencyCase, c.missingMass, 3);
+        EXPECT_EQ(one.status, 1);
+        EXPECT_EQ(three.status, 1);
+        EXPECT_EQ(one.written, c.written);
+        ExpectSameFiles(one.files, three.files);
+        ASSERT_EQ(one.files.count("TOWER.LOG"), 1u);
+        EXPECT_EQ(one.files.at("TOWER.LOG"), LogLine(c.number) + "\r\n");
+        const std::string& err = one.files.at("stderr.txt");
+        EXPECT_EQ(err.substr(0, err.find('\n')), LogLine(c.number));
+        EXPECT_TRUE(std::regex_match(err.substr(err.find('\n') + 1), std::regex(c.plainLine + "\n"))) << err;
+    }
+}
+
+}  // namespace
+}  // namespace tremodal
