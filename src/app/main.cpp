@@ -102,8 +102,12 @@ int RunDialog(tremodal::RunState& state, bool onScreen) {
 
 // TREMODAL_THREADS=N caps the threads a run works on (1: all on one
 // thread); by default it uses every core. Anything but a whole number from
-// 1 up is passed over. The files are the same whatever the count.
+// 1 up is passed over. TREMODAL_SMALL_SHARES=1 shares out even the work of
+// a small model, as tests of the threads want. The files are the same
+// whatever the two say.
 void ApplyThreadSetting() {
+    const char* shares = std::getenv("TREMODAL_SMALL_SHARES");
+    if (shares && std::string_view(shares) == "1") tremodal::SetSmallShares(true);
     const char* text = std::getenv("TREMODAL_THREADS");
     if (!text || !*text) return;
     char* end = nullptr;

@@ -44,8 +44,8 @@ template <class Work>
 bool ForEachRange(std::int64_t first, std::int64_t last, std::int64_t least, Work work) {
     if (last < first) return true;
     const std::int64_t items = last - first + 1;
-    const int threads =
-        int(std::clamp<std::int64_t>(items / std::max<std::int64_t>(least, 1), 1, WorkerThreads()));
+    const std::int64_t share = SmallShares() ? 1 : std::max<std::int64_t>(least, 1);
+    const int threads = int(std::clamp<std::int64_t>(items / share, 1, WorkerThreads()));
     if (threads <= 1) return work(first, last);
     std::atomic<bool> good{true};
     auto runOf = [&](int t) {

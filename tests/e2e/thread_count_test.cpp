@@ -44,14 +44,28 @@ constexpr int kMissMassCase = 10;
 const char* const kMethods[] = {"SRSS", "CQC", "GROUP", "DSM", "ABS"};
 
 // The threads of runs in this process, as they were before, once done.
+// Several threads share out even the small work of this model, as they
+// would the work of a large one.
 class ThreadCount {
 public:
-    explicit ThreadCount(int count) : saved_(WorkerThreads()) { SetWorkerThreads(count); }
-    ~ThreadCount() { SetWorkerThreads(saved_); }
+    explicit ThreadCount(int count) : saved_(WorkerThreads()), savedShares_(SmallShares()) {
+        SetWorkerThreads(count);
+        SetSmallShares(count > 1);
+    }
+    ~ThreadCount() {
+        SetWorkerThreads(saved_);
+        SetSmallShares(savedShares_);
+    }
 
 private:
     int saved_;
+    bool savedShares_;
 };
+
+// The real program's threads; several share out even small work.
+std::string ThreadsEnvironment(int threads) {
+    return "TREMODAL_THREADS=" + std::to_string(threads) + (threads > 1 ? " TREMODAL_SMALL_SHARES=1" : "");
+}
 
 // A node's translational mass, 1, 2 or 4: powers of two keep the products
 // of the failure cases below exact.
@@ -252,7 +266,7 @@ TEST(ThreadCount, SameFilesWithOneThreadAndSeveral) {
 Files RunBothPassesOfTheProgram(int method, int threads) {
     TempDir dir;
     WriteTower(dir.Path(), testing::FrequencyCaseBytes(TowerCase()), method, 30, true);
-    const std::string environment = "TREMODAL_THREADS=" + std::to_string(threads);
+    const std::string environment = ThreadsEnvironment(threads);
     EXPECT_EQ(testing::RunTreModalIn(dir.Path(), "1/20/1/", 60, environment), 0);
     SolveMissingMassCases(dir.Path());
     EXPECT_EQ(testing::RunTreModalIn(dir.Path(), "1/20/2/", 60, environment), 0);
@@ -281,7 +295,7 @@ FailedRun RunFailingProgram(const std::string& frequencyCase, bool missingMass, 
     const Files before = FilesIn(dir.Path());
     FailedRun run;
     run.status = testing::RunTreModalIn(dir.Path(), missingMass ? "1/20/1/" : "1/20/", 60,
-                                        "TREMODAL_THREADS=" + std::to_string(threads));
+                                        ThreadsEnvironment(threads));
     run.files = FilesIn(dir.Path());
     for (const auto& [name, bytes] : run.files) {
         if (!before.count(name)) run.written.push_back(name);
