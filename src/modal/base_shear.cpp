@@ -1,23 +1,14 @@
 #include "modal/base_shear.h"
 
 #include <algorithm>
-#include <atomic>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <vector>
 
 #include "runcontrol/checked_math.h"
+#include "runcontrol/wide_registers.h"
 #include "runcontrol/worker_threads.h"
-
-// The rows of the double sums go four terms at a time where the processor
-// has 256-bit registers (x86-64 with AVX2), chosen when the program runs.
-#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
-#define TREMODAL_WIDE_ROWS 1
-#include <immintrin.h>
-#else
-#define TREMODAL_WIDE_ROWS 0
-#endif
 
 namespace tremodal {
 
@@ -83,33 +74,21 @@ bool NearSingleTie(f64 x) {
     return dropped + 64 - (std::uint64_t(1) << 28) < 128;
 }
 
-#if TREMODAL_WIDE_ROWS
+#if TREMODAL_WIDE_REGISTERS
 // The same terms four at a time in the 256-bit registers of processors that
 // have them. Every operation is the one the row above does, in the same
 // order and in double, so every term comes out the same to the last bit.
-std::atomic<bool> wideRowsAllowed{true};
-
-bool HasWideRows() {
-    static const bool has = __builtin_cpu_supports("avx2");
-    return has && wideRowsAllowed;
-}
-
 // Lanes of a comparison as a mask.
-__attribute__((target("avx2"))) inline __m256d Below(__m256d a, __m256d b) {
-    return _mm256_cmp_pd(a, b, _CMP_LT_OQ);
-}
-__attribute__((target("avx2"))) inline __m256d Magnitude(__m256d a) {
+TREMODAL_WIDE inline __m256d Below(__m256d a, __m256d b) { return _mm256_cmp_pd(a, b, _CMP_LT_OQ); }
+TREMODAL_WIDE inline __m256d Magnitude(__m256d a) {
     return _mm256_and_pd(a, _mm256_castsi256_pd(_mm256_set1_epi64x(0x7fffffffffffffff)));
 }
-__attribute__((target("avx2"))) inline __m256d ToSingleAndBack(__m256d a) {
-    return _mm256_cvtps_pd(_mm256_cvtpd_ps(a));
-}
+TREMODAL_WIDE inline __m256d ToSingleAndBack(__m256d a) { return _mm256_cvtps_pd(_mm256_cvtpd_ps(a)); }
 
 // The terms of k = 0, 4, 8, ... while four remain; returns where the row
 // goes on one at a time. Folds the checks into good and nearTie.
-__attribute__((target("avx2"))) i32 CqcTermsWide(const f32* omega, const f32* zeta, const f32* shear,
-                                                 i32 count, f64 wi, f64 zi, f64 ai, f64* terms, bool& good,
-                                                 bool& nearTie) {
+TREMODAL_WIDE i32 CqcTermsWide(const f32* omega, const f32* zeta, const f32* shear, i32 count, f64 wi, f64 zi,
+                               f64 ai, f64* terms, bool& good, bool& nearTie) {
     const __m256d vwi = _mm256_set1_pd(wi), vzi = _mm256_set1_pd(zi), vai = _mm256_set1_pd(ai);
     const __m256d one = _mm256_set1_pd(1.0), four = _mm256_set1_pd(4.0), eight = _mm256_set1_pd(8.0);
     const __m256d big = _mm256_set1_pd(kSingleOverflow), zero = _mm256_setzero_pd();
@@ -162,9 +141,8 @@ __attribute__((target("avx2"))) i32 CqcTermsWide(const f32* omega, const f32* ze
     return k;
 }
 
-__attribute__((target("avx2"))) i32 DsmTermsWide(const f32* omega, const f32* dampedOmega, const f32* zetaEff,
-                                                 const f32* shear, i32 count, f64 ei, f64 di, f64 ai,
-                                                 f64* terms, bool& good) {
+TREMODAL_WIDE i32 DsmTermsWide(const f32* omega, const f32* dampedOmega, const f32* zetaEff, const f32* shear,
+                               i32 count, f64 ei, f64 di, f64 ai, f64* terms, bool& good) {
     const __m256d vei = _mm256_set1_pd(ei), vdi = _mm256_set1_pd(di), vai = _mm256_set1_pd(ai);
     const __m256d one = _mm256_set1_pd(1.0), big = _mm256_set1_pd(kSingleOverflow),
                   zero = _mm256_setzero_pd();
@@ -206,8 +184,8 @@ bool CqcRowTerms(const f32* omega, const f32* zeta, const f32* shear, i32 first,
     shear += first;
     bool good = true, nearTie = false;
     i32 k = 0;
-#if TREMODAL_WIDE_ROWS
-    if (HasWideRows()) k = CqcTermsWide(omega, zeta, shear, count, wi, zi, ai, terms, good, nearTie);
+#if TREMODAL_WIDE_REGISTERS
+    if (HasWideRegisters()) k = CqcTermsWide(omega, zeta, shear, count, wi, zi, ai, terms, good, nearTie);
 #endif
     for (; k < count; ++k) {
         const f64 q = omega[k] / wi;
@@ -245,8 +223,8 @@ bool DsmRowTerms(const f32* omega, const f32* dampedOmega, const f32* zetaEff, c
     const f64 wi = omega[i], ei = f64(zetaEff[i]) * wi, di = dampedOmega[i], ai = shear[i];
     bool good = true;
     i32 j = first;
-#if TREMODAL_WIDE_ROWS
-    if (HasWideRows())
+#if TREMODAL_WIDE_REGISTERS
+    if (HasWideRegisters())
         j += DsmTermsWide(omega + first, dampedOmega + first, zetaEff + first, shear + first,
                           last - first + 1, ei, di, ai, terms, good);
 #endif
@@ -394,7 +372,8 @@ f32 CombinedShear(f32 baseShear, i16 combMethod) {
 
 namespace detail {
 
-bool CqcRowTerms(const f32* omega, const f32* zeta, const f32* shear, i32 first, i32 last, i32 i, f64* terms) {
+bool CqcRowTerms(const f32* omega, const f32* zeta, const f32* shear, i32 first, i32 last, i32 i,
+                 f64* terms) {
     DampingRoot root;
     return tremodal::CqcRowTerms(omega, zeta, shear, first, last, i, root, terms);
 }
@@ -402,14 +381,6 @@ bool CqcRowTerms(const f32* omega, const f32* zeta, const f32* shear, i32 first,
 bool DsmRowTerms(const f32* omega, const f32* dampedOmega, const f32* zetaEff, const f32* shear, i32 first,
                  i32 last, i32 i, f64* terms) {
     return tremodal::DsmRowTerms(omega, dampedOmega, zetaEff, shear, first, last, i, terms);
-}
-
-void AllowWideRows(bool allow) {
-#if TREMODAL_WIDE_ROWS
-    wideRowsAllowed = allow;
-#else
-    (void)allow;
-#endif
 }
 
 }  // namespace detail

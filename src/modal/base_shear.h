@@ -22,9 +22,6 @@ namespace detail {
 bool CqcRowTerms(const f32* omega, const f32* zeta, const f32* shear, i32 first, i32 last, i32 i, f64* terms);
 bool DsmRowTerms(const f32* omega, const f32* dampedOmega, const f32* zetaEff, const f32* shear, i32 first,
                  i32 last, i32 i, f64* terms);
-// Whether the rows may go four terms at a time where the processor can: on
-// unless a test turns it off.
-void AllowWideRows(bool allow);
 }  // namespace detail
 
 }  // namespace tremodal

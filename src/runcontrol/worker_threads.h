@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -75,31 +76,34 @@ bool ForEachRange(std::int64_t first, std::int64_t last, std::int64_t least, Wor
 // `rowTerms(i, terms)` (which returns false where a term would fail, and must
 // not throw) and handed to `useRow(i, terms, good)` in ascending row order on
 // the calling thread. With more than one thread the rows are worked out ahead
-// on workers, row i by worker (i - first) mod W, while the caller uses the
-// rows already done; `makeRowTerms()` gives each worker its own copy with its
+// on W - 1 workers, row i by worker (i - first) mod (W - 1), while the caller
+// uses the rows already done; `makeRowTerms()` gives each worker its own copy with its
 // own scratch. A failure thrown by useRow stops the workers and passes on.
 // Rows may be of any plain element type T, f64 terms by default.
 template <class T = f64, class MakeRowTerms, class UseRow>
 void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms makeRowTerms, UseRow useRow) {
     if (last < first) return;
     const std::int64_t rows = std::int64_t(last) - first + 1;
-    const int workers = int(std::min<std::int64_t>(WorkerThreads(), SmallShares() ? rows : rows / 16));
-    if (workers <= 1) {
+    // The calling thread is busy with the rows as they come, so it counts as
+    // one of the threads: a worker fewer keeps every thread on a core.
+    const int workers = int(std::min<std::int64_t>(WorkerThreads() - 1, SmallShares() ? rows : rows / 16));
+    if (workers < 1) {
         auto rowTerms = makeRowTerms();
-        std::vector<T> terms(rowLength);
-        for (i32 i = first; i <= last; ++i) useRow(i, terms.data(), rowTerms(i, terms.data()));
+        // Left as the allocation gives it: every row fills all of it.
+        std::unique_ptr<T[]> terms(new T[rowLength]);
+        for (i32 i = first; i <= last; ++i) useRow(i, terms.get(), rowTerms(i, terms.get()));
         return;
     }
 
     // A ring of two slots a worker, used in turn: 0 free, 1 done, 2 done with a term
     // that fails, 3 stop.
     struct Slot {
-        std::vector<T> terms;
+        std::unique_ptr<T[]> terms;
         std::atomic<int> state{0};
     };
     const int ringSize = 2 * workers;
     std::vector<Slot> ring(static_cast<std::size_t>(ringSize));
-    for (Slot& slot : ring) slot.terms.resize(rowLength);
+    for (Slot& slot : ring) slot.terms.reset(new T[rowLength]);
     std::atomic<bool> stop{false};
 
     std::vector<std::thread> threads;
@@ -126,7 +130,7 @@ void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms 
                 if (stop || slot.state == 3) return;
                 bool good = false;
                 try {
-                    good = rowTerms(i32(first + k), slot.terms.data());
+                    good = rowTerms(i32(first + k), slot.terms.get());
                 } catch (...) {
                     good = false;  // the caller works the row again and meets the failure itself
                 }
@@ -138,7 +142,7 @@ void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms 
     for (std::int64_t k = 0; k < rows; ++k) {
         Slot& slot = ring[std::size_t(k % ringSize)];
         slot.state.wait(0);
-        useRow(i32(first + k), slot.terms.data(), slot.state == 1);
+        useRow(i32(first + k), slot.terms.get(), slot.state == 1);
         slot.state = 0;
         slot.state.notify_all();
     }

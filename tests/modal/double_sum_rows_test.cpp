@@ -10,6 +10,7 @@
 #include <random>
 
 #include "modal/base_shear.h"
+#include "runcontrol/wide_registers.h"
 #include "runcontrol/worker_threads.h"
 #include "support/test_support.h"
 
@@ -140,10 +141,10 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
         }
         std::vector<f64> wide(n), narrow(n);
         for (i32 i = 1; i <= count; ++i) {
-            detail::AllowWideRows(true);
+            AllowWideRegisters(true);
             const bool wideGood =
                 detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i, wide.data());
-            detail::AllowWideRows(false);
+            AllowWideRegisters(false);
             const bool good =
                 detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i, narrow.data());
             ASSERT_TRUE(good && wideGood) << i;
@@ -164,10 +165,10 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
                 ASSERT_EQ(wide[k], rho * shear[std::size_t(i)] * shear[std::size_t(j)])
                     << "CQC " << i << ", " << j;
             }
-            detail::AllowWideRows(true);
+            AllowWideRegisters(true);
             const bool dsmWideGood = detail::DsmRowTerms(omega.data(), damped.data(), effective.data(),
                                                          shear.data(), 1, count, i, wide.data());
-            detail::AllowWideRows(false);
+            AllowWideRegisters(false);
             const bool dsmGood = detail::DsmRowTerms(omega.data(), damped.data(), effective.data(),
                                                      shear.data(), 1, count, i, narrow.data());
             ASSERT_TRUE(dsmGood && dsmWideGood) << i;
@@ -184,7 +185,7 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
         // A fault anywhere in the row, in the first four terms or the tail.
         for (const std::size_t at : {std::size_t(2), std::size_t(count)}) {
             for (const bool allow : {true, false}) {
-                detail::AllowWideRows(allow);
+                AllowWideRegisters(allow);
                 const f32 keep = zeta[at];
                 zeta[at] = -0.01f;
                 EXPECT_FALSE(
@@ -201,7 +202,7 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
             }
         }
     }
-    detail::AllowWideRows(true);
+    AllowWideRegisters(true);
 }
 
 }  // namespace
