@@ -22,6 +22,7 @@
 #include <string>
 #include <vector>
 
+#include "runcontrol/wide_registers.h"
 #include "runcontrol/worker_threads.h"
 #include "support/model_fixture.h"
 
@@ -45,16 +46,20 @@ const char* const kMethods[] = {"SRSS", "CQC", "GROUP", "DSM", "ABS"};
 
 // The threads of runs in this process, as they were before, once done.
 // Several threads share out even the small work of this model, as they
-// would the work of a large one.
+// would the work of a large one, and use the wide registers where the
+// processor has them; one thread keeps to the plain loops, so the two runs
+// hold those against each other as well.
 class ThreadCount {
 public:
     explicit ThreadCount(int count) : saved_(WorkerThreads()), savedShares_(SmallShares()) {
         SetWorkerThreads(count);
         SetSmallShares(count > 1);
+        AllowWideRegisters(count > 1);
     }
     ~ThreadCount() {
         SetWorkerThreads(saved_);
         SetSmallShares(savedShares_);
+        AllowWideRegisters(true);
     }
 
 private:
