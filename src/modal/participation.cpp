@@ -29,7 +29,7 @@ namespace {
 
 // Participation sums worked side by side: each is a chain of additions
 // rounded to single, and independent chains overlap in the processor.
-constexpr i32 kSideBySide = 8;
+constexpr i32 kSideBySide = 16;
 // Work is shared out among threads in runs of at least this many equations
 // (or groups of modes over as many equations).
 constexpr i32 kLeastEquations = 16384;
@@ -77,7 +77,7 @@ bool SumParticipationSideBySide(const RunState& s, const std::vector<f64>& w, i3
     f32 sum[kSideBySide] = {};
     for (i32 i = 1; i <= dof; ++i) {
         const f64 wi = w[std::size_t(i)];
-#pragma GCC unroll 8
+#pragma GCC unroll 16
         for (i32 k = 0; k < kSideBySide; ++k) sum[k] = RoundToSingle(wi * phi[k][i] + sum[k]);
     }
     for (i32 k = 0; k < count; ++k) {
