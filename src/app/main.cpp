@@ -2,24 +2,33 @@
 // line ("3/7/2/") it is a batch run that ends by itself once casepost has
 // ended; with none it opens the dialog on the current model. A first argument
 // that begins with "--" is the program's own option, never a batch run.
-#include <QApplication>
+#include <unistd.h>
+
 #include <QCoreApplication>
-#include <QGuiApplication>
 #include <QTimer>
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
+#if TREMODAL_VIEW
+#include <QApplication>
+#include <QGuiApplication>
+#endif
 
 #include "app/report_command.h"
 #include "platform/linux_host.h"
 #include "runcontrol/run_state.h"
 #include "runcontrol/startup.h"
 #include "runcontrol/worker_threads.h"
+#if TREMODAL_VIEW
 #include "view/form2_view.h"
 #include "view/screen_host.h"
+#endif
 
 namespace {
 
@@ -88,17 +97,56 @@ std::string JoinArguments(int argc, char** argv) {
 
 // The dialog run: Form2 on the current model until it is closed. Without a
 // screen there is nobody to show it to.
-int RunDialog(tremodal::RunState& state, bool onScreen) {
-    if (!onScreen) {
+int RunDialog([[maybe_unused]] tremodal::RunState& state, bool onScreen) {
+    if (!onScreen && !(!TREMODAL_VIEW && HasScreen())) {
         std::fprintf(stderr,
                      "TreModal: the dialog needs a screen (DISPLAY or WAYLAND_DISPLAY) and none is "
                      "available; a batch run such as \"TreModal 1/20/\" needs none\n");
         return 2;
     }
+#if TREMODAL_VIEW
     tremodal::Form2View form2(state);
     form2.show();
     return QApplication::exec();
+#else
+    std::fprintf(stderr, "TreModal: the dialog needs %s beside TreModal, and it is not there\n",
+                 tremodal::kViewProgram);
+    return 2;
+#endif
 }
+
+#if !TREMODAL_VIEW
+// The windows program beside this one, or where an install puts it; empty
+// when there is none.
+std::string ViewProgramPath() {
+    std::vector<char> self(4096);
+    const ssize_t length = ::readlink("/proc/self/exe", self.data(), self.size() - 1);
+    if (length <= 0) return {};
+    std::string dir(self.data(), std::size_t(length));
+    dir.erase(dir.rfind('/') + 1);
+    for (const std::string& candidate :
+         {dir + tremodal::kViewProgram, dir + "../libexec/TreModal/" + tremodal::kViewProgram}) {
+        if (::access(candidate.c_str(), X_OK) == 0) return candidate;
+    }
+    return {};
+}
+
+// Starts the windows program in this one's place with the same arguments.
+// Returns only when it cannot be started.
+void StartViewProgram(char** argv) {
+    const std::string path = ViewProgramPath();
+    if (path.empty()) return;
+    ::execv(path.c_str(), argv);
+    std::fprintf(stderr, "TreModal: %s cannot be started (%s)\n", path.c_str(), std::strerror(errno));
+}
+
+bool AsksForCharts(int argc, char** argv) {
+    for (int i = 2; i < argc; ++i) {
+        if (std::string_view(argv[i]) == "--plots") return true;
+    }
+    return false;
+}
+#endif
 
 // TREMODAL_THREADS=N caps the threads a run works on (1: all on one
 // thread); by default it uses every core. Anything but a whole number from
@@ -119,6 +167,13 @@ void ApplyThreadSetting() {
 
 int main(int argc, char** argv) {
     ApplyThreadSetting();
+#if !TREMODAL_VIEW
+    // A screen, or charts to draw, want the window system: its libraries
+    // are the windows program's, and a run without them starts at once.
+    const bool report = argc > 1 && std::string_view(argv[1]) == "--report";
+    const bool ownOption = argc > 1 && std::string_view(argv[1]).starts_with("--");
+    if ((report && AsksForCharts(argc, argv)) || (!ownOption && HasScreen())) StartViewProgram(argv);
+#endif
     if (argc > 1 && std::string_view(argv[1]) == "--report") return tremodal::RunReportCommand(argc, argv);
     if (argc > 1 && std::string_view(argv[1]).starts_with("--")) return RunOwnOption(argc, argv);
     const std::string commandLine = JoinArguments(argc, argv);
@@ -129,6 +184,7 @@ int main(int argc, char** argv) {
     std::unique_ptr<QCoreApplication> app;
     std::unique_ptr<tremodal::LinuxHost> host;
     bool onScreen = false;
+#if TREMODAL_VIEW
     if (HasScreen()) {
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
             qputenv("QT_QPA_PLATFORM", "xcb;wayland;offscreen");
@@ -140,7 +196,11 @@ int main(int argc, char** argv) {
             host = std::make_unique<tremodal::ScreenHost>();
             onScreen = true;
         }
-    } else {
+    }
+#endif
+    if (!app) {
+        // No screen, or no windows program to show one: messages go to
+        // standard error.
         app = std::make_unique<QCoreApplication>(argc, argv);
         host = std::make_unique<tremodal::LinuxHost>();
     }

@@ -1,7 +1,9 @@
 #include "app/report_command.h"
 
 #include <QCoreApplication>
+#if TREMODAL_VIEW
 #include <QGuiApplication>
+#endif
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -13,7 +15,9 @@
 #include "report/report_run.h"
 #include "report/summary_text.h"
 #include "runcontrol/number_text.h"
+#if TREMODAL_VIEW
 #include "view/report_charts.h"
+#endif
 
 namespace tremodal {
 
@@ -39,12 +43,20 @@ int RunReportCommand(int argc, char** argv) {
     // serves with or without a screen, so a report never needs one.
     qInstallMessageHandler(QuietQtMessages);
     std::unique_ptr<QCoreApplication> app;
+#if TREMODAL_VIEW
     if (!request.PlotsDir.empty()) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         app = std::make_unique<QGuiApplication>(argc, argv);
-    } else {
-        app = std::make_unique<QCoreApplication>(argc, argv);
     }
+#else
+    // The charts are the windows program's: main hands a report with
+    // charts to it before it gets here.
+    if (!request.PlotsDir.empty()) {
+        std::fprintf(stderr, "TreModal: --plots needs %s beside TreModal\n", kViewProgram);
+        return 2;
+    }
+#endif
+    if (!app) app = std::make_unique<QCoreApplication>(argc, argv);
 
     static RunState state;
     LinuxHost machine;
@@ -58,10 +70,12 @@ int RunReportCommand(int argc, char** argv) {
             files.emplace_back(request.CsvDir + "/participation.csv", ParticipationTable(figures));
             files.emplace_back(request.CsvDir + "/base_shear.csv", BaseShearTable(figures));
         }
+#if TREMODAL_VIEW
         if (!request.PlotsDir.empty()) {
             for (auto& [name, png] : ChartFiles(figures))
                 files.emplace_back(request.PlotsDir + "/" + name, png);
         }
+#endif
         WriteReportFiles(files);
         std::string text;
         for (const std::string& line : SummaryLines(figures)) text += line + "\n";

@@ -46,6 +46,54 @@ std::size_t Lines(const std::string& text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
+// The same with a screen: DISPLAY set, the offscreen platform standing in
+// for the window system.
+Output RunOnScreenIn(const TempDir& dir, const std::string& program, const std::string& arguments,
+                     const std::string& config) {
+    const std::string command = "cd '" + dir.Path() +
+                                "' && env DISPLAY=:99 QT_QPA_PLATFORM=offscreen XDG_CONFIG_HOME='" + config +
+                                "' timeout 60 '" + program + "' " + arguments + " > '" + dir.File("out.txt") +
+                                "' 2> '" + dir.File("err.txt") + "' < /dev/null";
+    Output result;
+    result.status = RunCommand(command);
+    result.out = ReadFile(dir.File("out.txt"));
+    result.err = ReadFile(dir.File("err.txt"));
+    return result;
+}
+
+// TreModal loads no window system; a screen hands the run to the windows
+// program beside it, and without that program a batch run still runs and
+// only the charts are refused.
+TEST(WindowsProgram, AScreenHandsTheRunOnAndABatchRunNeedsNone) {
+    TempDir scratch;
+    ASSERT_EQ(RunCommand("ldd '" + std::string(TREMODAL_BIN) + "' > '" + scratch.File("ldd.txt") + "'"), 0);
+    const std::string libraries = ReadFile(scratch.File("ldd.txt"));
+    EXPECT_EQ(libraries.find("libQt6Gui"), std::string::npos) << libraries;
+    EXPECT_EQ(libraries.find("libQt6Widgets"), std::string::npos) << libraries;
+
+    ModelFixture f;
+    f.WriteStandInCasepost();
+    f.WriteFrequencyCase();
+    WriteFile(f.File(".USM1"), testing::kFreshOptionsFile);
+    const std::string config = testing::WriteSettingsIn(f.dir.Path());
+    const Output onScreen = RunOnScreenIn(f.dir, TREMODAL_BIN, "1/20/", config);
+    EXPECT_EQ(onScreen.status, 0) << onScreen.err;
+    EXPECT_TRUE(Exists(f.File(".L20")));
+
+    // TreModal on its own, without the windows program beside it.
+    TempDir alone;
+    const std::string program = alone.File("TreModal");
+    std::filesystem::copy_file(TREMODAL_BIN, program);
+    std::filesystem::remove(f.File(".L20"));
+    const Output batch = RunOnScreenIn(f.dir, program, "1/20/", config);
+    EXPECT_EQ(batch.status, 0) << batch.err;
+    EXPECT_TRUE(Exists(f.File(".L20")));
+    const Output charts =
+        RunOnScreenIn(f.dir, program, "--report 1 --plots '" + alone.File("plots") + "'", config);
+    EXPECT_EQ(charts.status, 2);
+    EXPECT_EQ(charts.err, "TreModal: --plots needs tremodal-view beside TreModal\n");
+}
+
 TEST(OwnOptions, HelpAndVersionAnswerOnStandardOutputAndOthersAreUsageErrors) {
     ModelFixture f;
     f.WriteStandInCasepost();
