@@ -25,12 +25,14 @@ struct Output {
     std::string err;
 };
 
-// Runs a program in dir with the given settings directory and no screen,
-// catching both streams.
+// Runs a program in dir with the given settings directory and no screen
+// (or, with `screen`, DISPLAY set and the offscreen platform standing in for
+// the window system), catching both streams.
 Output RunIn(const TempDir& dir, const std::string& program, const std::string& arguments,
-             const std::string& config) {
-    const std::string command = "cd '" + dir.Path() +
-                                "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" + config +
+             const std::string& config, bool screen = false) {
+    const std::string display =
+        screen ? "DISPLAY=:99 QT_QPA_PLATFORM=offscreen" : "-u DISPLAY -u WAYLAND_DISPLAY";
+    const std::string command = "cd '" + dir.Path() + "' && env " + display + " XDG_CONFIG_HOME='" + config +
                                 "' timeout 60 '" + program + "' " + arguments + " > '" + dir.File("out.txt") +
                                 "' 2> '" + dir.File("err.txt") + "' < /dev/null";
     Output result;
@@ -44,21 +46,6 @@ Output RunIn(const TempDir& dir, const std::string& program, const std::string& 
 
 std::size_t Lines(const std::string& text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-}
-
-// The same with a screen: DISPLAY set, the offscreen platform standing in
-// for the window system.
-Output RunOnScreenIn(const TempDir& dir, const std::string& program, const std::string& arguments,
-                     const std::string& config) {
-    const std::string command = "cd '" + dir.Path() +
-                                "' && env DISPLAY=:99 QT_QPA_PLATFORM=offscreen XDG_CONFIG_HOME='" + config +
-                                "' timeout 60 '" + program + "' " + arguments + " > '" + dir.File("out.txt") +
-                                "' 2> '" + dir.File("err.txt") + "' < /dev/null";
-    Output result;
-    result.status = RunCommand(command);
-    result.out = ReadFile(dir.File("out.txt"));
-    result.err = ReadFile(dir.File("err.txt"));
-    return result;
 }
 
 // TreModal loads no window system; a screen hands the run to the windows
@@ -76,7 +63,7 @@ TEST(WindowsProgram, AScreenHandsTheRunOnAndABatchRunNeedsNone) {
     f.WriteFrequencyCase();
     WriteFile(f.File(".USM1"), testing::kFreshOptionsFile);
     const std::string config = testing::WriteSettingsIn(f.dir.Path());
-    const Output onScreen = RunOnScreenIn(f.dir, TREMODAL_BIN, "1/20/", config);
+    const Output onScreen = RunIn(f.dir, TREMODAL_BIN, "1/20/", config, true);
     EXPECT_EQ(onScreen.status, 0) << onScreen.err;
     EXPECT_TRUE(Exists(f.File(".L20")));
 
@@ -85,11 +72,11 @@ TEST(WindowsProgram, AScreenHandsTheRunOnAndABatchRunNeedsNone) {
     const std::string program = alone.File("TreModal");
     std::filesystem::copy_file(TREMODAL_BIN, program);
     std::filesystem::remove(f.File(".L20"));
-    const Output batch = RunOnScreenIn(f.dir, program, "1/20/", config);
+    const Output batch = RunIn(f.dir, program, "1/20/", config, true);
     EXPECT_EQ(batch.status, 0) << batch.err;
     EXPECT_TRUE(Exists(f.File(".L20")));
     const Output charts =
-        RunOnScreenIn(f.dir, program, "--report 1 --plots '" + alone.File("plots") + "'", config);
+        RunIn(f.dir, program, "--report 1 --plots '" + alone.File("plots") + "'", config, true);
     EXPECT_EQ(charts.status, 2);
     EXPECT_EQ(charts.err, "TreModal: --plots needs tremodal-view beside TreModal\n");
 }

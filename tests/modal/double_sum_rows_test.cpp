@@ -47,6 +47,26 @@ void MakeModes(RunState& s, i32 modes, unsigned seed) {
     s.Options.Duration = 12;
 }
 
+// The modal correlation of the complete quadratic combination, with its
+// powers, the numerator and the coefficient stored as singles.
+f64 CqcRho(f64 wi, f64 wj, f64 zi, f64 zj) {
+    const f32 r = f32(wj / wi);
+    if (r == 1.0f) return 1;
+    const f64 rr = r;
+    const f32 num = f32(8 * std::pow(zj * zi, 0.5) * (zj * rr + zi) * std::pow(rr, 1.5));
+    const f64 den = (1 - rr * rr) * (1 - rr * rr) + (1 + rr * rr) * 4 * zi * zj * rr +
+                    4 * (zi * zi + zj * zj) * (rr * rr);
+    return std::min(f32(num / den), 1.0f);
+}
+
+// The correlation of the double sum from the damped frequencies and the
+// effective damping of the two modes.
+f64 DsmRho(f64 wi, f64 wj, f64 dampedI, f64 dampedJ, f64 effectiveI, f64 effectiveJ) {
+    const f64 den = effectiveJ * wj + effectiveI * wi;
+    const f32 eps = f32((dampedJ - dampedI) / den);
+    return f32(1 / (1 + f64(eps) * eps));
+}
+
 // The sums in the order of their definition, every stored value a single.
 f32 PlainDoubleSum(const RunState& s, int method) {
     const i32 n = s.Freq.NumModes;
@@ -62,21 +82,11 @@ f32 PlainDoubleSum(const RunState& s, int method) {
         for (i32 j = 1; j <= n; ++j) {
             const f64 wi = s.Freq.Omega(i), wj = s.Freq.Omega(j);
             const f64 zi = s.ModalDamping(i), zj = s.ModalDamping(j);
-            f64 rho = 1;
             if (method == 1) {
-                const f32 r = f32(wj / wi);
-                if (r != 1.0f) {
-                    const f64 rr = r;
-                    const f32 num = f32(8 * std::pow(zj * zi, 0.5) * (zj * rr + zi) * std::pow(rr, 1.5));
-                    const f64 den = (1 - rr * rr) * (1 - rr * rr) + (1 + rr * rr) * 4 * zi * zj * rr +
-                                    4 * (zi * zi + zj * zj) * (rr * rr);
-                    rho = std::min(f32(num / den), 1.0f);
-                }
-                total = f32(total + rho * a[std::size_t(i)] * a[std::size_t(j)]);
+                total = f32(total + CqcRho(wi, wj, zi, zj) * a[std::size_t(i)] * a[std::size_t(j)]);
             } else {
-                const f64 den = f64(ze[std::size_t(j)]) * wj + f64(ze[std::size_t(i)]) * wi;
-                const f32 eps = f32((f64(wd[std::size_t(j)]) - wd[std::size_t(i)]) / den);
-                rho = f32(1 / (1 + f64(eps) * eps));
+                const f64 rho = DsmRho(wi, wj, wd[std::size_t(i)], wd[std::size_t(j)], ze[std::size_t(i)],
+                                       ze[std::size_t(j)]);
                 total = f32(total + f64(a[std::size_t(j)]) * a[std::size_t(i)] * rho);
             }
         }
@@ -152,16 +162,8 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
                 const std::size_t k = std::size_t(j - 1);
                 ASSERT_EQ(std::bit_cast<std::uint64_t>(wide[k]), std::bit_cast<std::uint64_t>(narrow[k]))
                     << "CQC " << i << ", " << j;
-                const f64 zi = zeta[std::size_t(i)], zj = zeta[std::size_t(j)];
-                const f32 r = f32(f64(omega[std::size_t(j)]) / omega[std::size_t(i)]);
-                f64 rho = 1;
-                if (r != 1.0f) {
-                    const f64 rr = r;
-                    const f32 num = f32(8 * std::pow(zj * zi, 0.5) * (zj * rr + zi) * std::pow(rr, 1.5));
-                    const f64 den = (1 - rr * rr) * (1 - rr * rr) + (1 + rr * rr) * 4 * zi * zj * rr +
-                                    4 * (zi * zi + zj * zj) * (rr * rr);
-                    rho = std::min(f32(num / den), 1.0f);
-                }
+                const f64 rho = CqcRho(omega[std::size_t(i)], omega[std::size_t(j)], zeta[std::size_t(i)],
+                                       zeta[std::size_t(j)]);
                 ASSERT_EQ(wide[k], rho * shear[std::size_t(i)] * shear[std::size_t(j)])
                     << "CQC " << i << ", " << j;
             }
@@ -176,9 +178,8 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
                 const std::size_t k = std::size_t(j - 1), ui = std::size_t(i), uj = std::size_t(j);
                 ASSERT_EQ(std::bit_cast<std::uint64_t>(wide[k]), std::bit_cast<std::uint64_t>(narrow[k]))
                     << "DSM " << i << ", " << j;
-                const f64 den = f64(effective[uj]) * omega[uj] + f64(effective[ui]) * omega[ui];
-                const f32 eps = f32((f64(damped[uj]) - damped[ui]) / den);
-                const f32 rho = f32(1 / (1 + f64(eps) * eps));
+                const f64 rho =
+                    DsmRho(omega[ui], omega[uj], damped[ui], damped[uj], effective[ui], effective[uj]);
                 ASSERT_EQ(wide[k], f64(shear[uj]) * shear[ui] * rho) << "DSM " << i << ", " << j;
             }
         }
