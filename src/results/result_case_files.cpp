@@ -1,5 +1,7 @@
 #include "results/result_case_files.h"
 
+#include <bit>
+#include <cstdint>
 #include <vector>
 
 #include "runcontrol/binary_files.h"
@@ -30,15 +32,15 @@ void WriteForceFiles(RunState& s, const std::string& caseNo) {
 
     // Element numbers are 16-bit in the suite's result files.
     const i16 elements = RoundToI16(s.Model.NumElements);
-    std::vector<unsigned char> records;
-    records.reserve(elements > 0 ? std::size_t(elements) * kForceRecordBytes : 0);
+    // Every force is 0.0, all bits zero: only the element numbers are put in,
+    // at the start of the record and of each end's six forces.
+    std::vector<unsigned char> records(elements > 0 ? std::size_t(elements) * kForceRecordBytes : 0);
     for (i32 e = 1; e <= elements; ++e) {
-        const i16 i = i16(e);
-        PutI16(records, i);
-        PutI16(records, i);
-        for (int k = 0; k < 6; ++k) PutF32(records, 0);
-        PutI16(records, i);
-        for (int k = 0; k < 6; ++k) PutF32(records, 0);
+        unsigned char* record = records.data() + std::size_t(e - 1) * kForceRecordBytes;
+        const auto number = std::bit_cast<std::uint16_t>(i16(e));
+        StoreLittle(record, number);
+        StoreLittle(record + 2, number);
+        StoreLittle(record + 4 + 6 * 4, number);
     }
     BinaryFile forces(CaseFile(s, ".1", caseNo));
     forces.Write(records.data(), records.size());

@@ -85,8 +85,12 @@ void ForEachRowInOrder(i32 first, i32 last, std::size_t rowLength, MakeRowTerms 
     if (last < first) return;
     const std::int64_t rows = std::int64_t(last) - first + 1;
     // The calling thread is busy with the rows as they come, so it counts as
-    // one of the threads: a worker fewer keeps every thread on a core.
-    const int workers = int(std::min<std::int64_t>(WorkerThreads() - 1, SmallShares() ? rows : rows / 16));
+    // one of the threads: a worker fewer keeps every thread on a core. Rows
+    // of less than a few megabytes in all are not worth the hand-over of
+    // every row from one thread to another.
+    const bool worthIt =
+        SmallShares() || rows * std::int64_t(rowLength * sizeof(T)) >= (std::int64_t(8) << 20);
+    const int workers = worthIt ? int(std::min<std::int64_t>(WorkerThreads() - 1, rows)) : 0;
     if (workers < 1) {
         auto rowTerms = makeRowTerms();
         // Left as the allocation gives it: every row fills all of it.
