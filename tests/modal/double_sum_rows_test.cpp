@@ -19,9 +19,17 @@ namespace {
 
 using testing::FailureOf;
 
+// Several threads share out even these few hundred rows, as they would the
+// rows of thousands of modes.
 struct ThreadCount {
-    explicit ThreadCount(int count) { SetWorkerThreads(count); }
-    ~ThreadCount() { SetWorkerThreads(1); }
+    explicit ThreadCount(int count) {
+        SetWorkerThreads(count);
+        SetSmallShares(count > 1);
+    }
+    ~ThreadCount() {
+        SetWorkerThreads(1);
+        SetSmallShares(false);
+    }
 };
 
 // Modes with frequencies that rise unevenly, every seventh equal to the one
