@@ -14,14 +14,18 @@
 
 namespace tremodal {
 
-// The participation sums of a pass worked out ahead: the excitation they
-// were worked for, the sums of modes 1 to FirstAlone - 1, and from
-// FirstAlone on the sums that are to be worked one by one, in order.
+// The participation sums of the passes still to come, worked out ahead: for
+// each, the excitation they were worked for, the sums of modes 1 to
+// FirstAlone - 1, and from FirstAlone on the sums that are to be worked one
+// by one, in order.
 struct ParticipationAhead {
-    Array1<f32> Excitation;
-    std::vector<f32> Sums;
-    i32 FirstAlone = 1;
-    bool Ready = false;
+    struct Pass {
+        Array1<f32> Excitation;
+        std::vector<f32> Sums;
+        i32 FirstAlone = 1;
+        bool Ready = false;
+    };
+    std::vector<Pass> Passes;
     std::thread Worker;
 };
 
@@ -33,8 +37,8 @@ constexpr i32 kSideBySide = 16;
 // Work is shared out among threads in runs of at least this many equations
 // (or groups of modes over as many equations).
 constexpr i32 kLeastEquations = 16384;
-// The sums of the next pass are worked out ahead, on a thread of their own,
-// only above this many terms.
+// The sums of the passes to come are worked out ahead, on a thread of their
+// own, only above this many terms.
 constexpr std::int64_t kLeastAhead = std::int64_t(1) << 22;
 
 // w(i) = M(i) r(i) for every equation. M and r are singles, so the product
@@ -188,13 +192,17 @@ void ComputeParticipation(RunState& s, bool countInI16) {
     // The sums of the pass, worked out ahead when they could be: those
     // stand when they were worked for this very excitation.
     i32 m = 0;
-    if (std::shared_ptr<ParticipationAhead> ahead = std::move(s.Ahead)) {
-        ahead->Worker.join();
+    if (ParticipationAhead* ahead = s.Ahead.get()) {
+        if (ahead->Worker.joinable()) ahead->Worker.join();
         const std::size_t bytes = std::size_t(dof + 1) * sizeof(f32);
-        if (ahead->Ready && dof >= 0 && ahead->Excitation.Upper() >= dof && r.Upper() >= dof &&
-            std::memcmp(ahead->Excitation.Data(), r.Data(), bytes) == 0) {
-            m = ahead->FirstAlone;
-            std::copy(ahead->Sums.begin() + 1, ahead->Sums.begin() + m, s.Participation.Data() + 1);
+        for (ParticipationAhead::Pass& pass : ahead->Passes) {
+            if (!pass.Ready || dof < 0 || pass.Excitation.Upper() < dof || r.Upper() < dof ||
+                std::memcmp(pass.Excitation.Data(), r.Data(), bytes) != 0)
+                continue;
+            m = pass.FirstAlone;
+            std::copy(pass.Sums.begin() + 1, pass.Sums.begin() + m, s.Participation.Data() + 1);
+            pass.Ready = false;
+            break;
         }
     }
     if (m == 0) m = SumGroups(s, w, s.Participation.Data());
@@ -226,30 +234,45 @@ void ComputeParticipation(RunState& s, bool countInI16) {
 
 }  // namespace
 
-void StartParticipationAhead(RunState& s, i16 d) {
+void StartParticipationAhead(RunState& s, const std::vector<i16>& directions) {
     DropParticipationAhead(s);
     const i32 dof = s.Freq.NumDof;
     const i32 modes = s.Freq.NumModes;
     // Worth a thread only when the sums take a while.
-    if (WorkerThreads() < 2 || d < 1 || d > 6 || dof < 1 || modes < 1 ||
+    if (WorkerThreads() < 2 || directions.empty() || dof < 1 || modes < 1 ||
         (std::int64_t(dof) * modes < kLeastAhead && !SmallShares()) || s.Excitation.Upper() < dof ||
         s.Participation.Upper() < modes)
         return;
+    // The angle of each pass follows from the one before, as the passes set
+    // them in turn.
+    struct Angle {
+        i16 d;
+        f64 c, sn;
+    };
+    std::vector<Angle> angles;
     f64 c = s.CosAngle, sn = s.SinAngle;
-    ExcitationAngle(s, d, c, sn);
+    for (const i16 d : directions) {
+        if (d < 1 || d > 6) return;
+        ExcitationAngle(s, d, c, sn);
+        angles.push_back({d, c, sn});
+    }
     auto ahead = std::make_shared<ParticipationAhead>();
-    ahead->Worker = std::thread([&s, d, c, sn, dof, modes, ahead = ahead.get()] {
+    ahead->Passes.resize(angles.size());
+    ahead->Worker = std::thread([&s, angles, dof, modes, ahead = ahead.get()] {
         OneThreadHere alone;
-        try {
-            ahead->Excitation.Allocate(s.Excitation.Upper());
-            FillExcitation(s, d, c, sn, ahead->Excitation);
-            const std::vector<f64> w = MassTimesExcitation(s, ahead->Excitation);
-            if (w.empty()) return;
-            ahead->Sums.assign(std::size_t(modes) + 1, 0.0f);
-            ahead->FirstAlone = SumGroups(s, w, ahead->Sums.data());
-            ahead->Ready = dof == s.Freq.NumDof;
-        } catch (...) {
-            // The pass works everything itself and meets the failure there.
+        for (std::size_t k = 0; k < angles.size(); ++k) {
+            ParticipationAhead::Pass& pass = ahead->Passes[k];
+            try {
+                pass.Excitation.Allocate(s.Excitation.Upper());
+                FillExcitation(s, angles[k].d, angles[k].c, angles[k].sn, pass.Excitation);
+                const std::vector<f64> w = MassTimesExcitation(s, pass.Excitation);
+                if (w.empty()) continue;
+                pass.Sums.assign(std::size_t(modes) + 1, 0.0f);
+                pass.FirstAlone = SumGroups(s, w, pass.Sums.data());
+                pass.Ready = dof == s.Freq.NumDof;
+            } catch (...) {
+                // The pass works everything itself and meets the failure there.
+            }
         }
     });
     s.Ahead = std::move(ahead);

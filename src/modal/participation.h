@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "runcontrol/run_state.h"
 
@@ -14,12 +15,12 @@ void ComputeParticipationSquare(RunState& state);
 // For the lumped mass form.
 void ComputeParticipationLumped(RunState& state);
 
-// Starts working out the participation sums of the pass of direction d on a
-// thread of its own, while the caller goes on with the pass in hand; the
-// pass of d takes them over when its excitation is the one they were worked
-// for, and works them itself otherwise. On one thread, or for a small
-// model, it does nothing.
-void StartParticipationAhead(RunState& state, i16 d);
+// Starts working out the participation sums of the passes of the given
+// directions, in this order, on a thread of their own, while the caller goes
+// on with the pass in hand; a pass takes its sums over when its excitation
+// is the one they were worked for, and works them itself otherwise. On one
+// thread, or for a small model, it does nothing.
+void StartParticipationAhead(RunState& state, const std::vector<i16>& directions);
 // Waits for sums worked out ahead and drops them.
 void DropParticipationAhead(RunState& state);
 

@@ -41,12 +41,14 @@ void RunDirection(RunState& s, i16 d) {
     s.MissMassCase = GeneralText(Val(o.MissMassStartCase) + d - 1);
     s.MissMassRead = 0;
     if (o.MissMassOn == 1 && s.RunPhase == 2) ReadMissMassResults(s);
-    // While this pass writes its responses, the next pass's participation
-    // sums are worked out beside it.
-    for (i16 next = d + 1; next <= 6; ++next) {
-        if (o.DirOn(next) == 0) continue;
-        StartParticipationAhead(s, next);
-        break;
+    // While the first pass writes its responses, the participation sums of
+    // the passes to come are worked out beside it, in one go.
+    if (!s.Ahead) {
+        std::vector<i16> later;
+        for (i16 next = d + 1; next <= 6; ++next) {
+            if (o.DirOn(next) != 0) later.push_back(next);
+        }
+        StartParticipationAhead(s, later);
     }
     ComputeModalResponse(s, d);
     CombineBaseShear(s, d);

@@ -125,7 +125,7 @@ struct RunState {
     Array1<f32> Excitation;  // 0..NumDof
     f64 CosAngle = 0, SinAngle = 0;
     Array1<f32> Participation;  // 0..NumModes
-    // The next pass's participation sums, being worked out ahead.
+    // The participation sums of the passes to come, worked out ahead.
     std::shared_ptr<ParticipationAhead> Ahead;
     f32 ExcitedMass = 0;
     Array1<f32> ResidualMass;  // 0..NumDof
