@@ -2,6 +2,7 @@
 // line ("3/7/2/") it is a batch run that ends by itself once casepost has
 // ended; with none it opens the dialog on the current model. A first argument
 // that begins with "--" is the program's own option, never a batch run.
+#include <malloc.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
@@ -165,7 +166,21 @@ void ApplyThreadSetting() {
 
 }  // namespace
 
+// The buffers of a few megabytes that a run takes and gives back in every
+// direction (the response file's batches, the rows of the double sums, the
+// result records) stay in the heap and are used again, rather than going
+// back to the kernel and coming out fresh next time: the first touch of a
+// fresh page costs more than the work done on it, the more so on a virtual
+// machine. The mode shapes, larger than this, still get memory of their own.
+void KeepBuffersForReuse() {
+#if defined(__GLIBC__)
+    mallopt(M_MMAP_THRESHOLD, 64 << 20);
+    mallopt(M_TRIM_THRESHOLD, 128 << 20);
+#endif
+}
+
 int main(int argc, char** argv) {
+    KeepBuffersForReuse();
     ApplyThreadSetting();
 #if !TREMODAL_VIEW
     // A screen, or charts to draw, want the window system: its libraries
