@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "runcontrol/arrays.h"
+#include "base/arrays.h"
 
 namespace tremodal::fuzz {
 

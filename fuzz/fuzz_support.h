@@ -15,8 +15,8 @@
 #include <string_view>
 #include <vector>
 
-#include "runcontrol/failure.h"
-#include "runcontrol/run_state.h"
+#include "base/failure.h"
+#include "base/run_state.h"
 #include "support/test_support.h"
 
 namespace tremodal::fuzz {

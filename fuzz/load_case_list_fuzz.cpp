@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/number_text.h"
 #include "fuzz_support.h"
 #include "results/case_list.h"
-#include "runcontrol/number_text.h"
 
 using namespace tremodal;
 

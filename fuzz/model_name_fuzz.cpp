@@ -2,7 +2,7 @@
 // input is the name file, then the size file: "@@FILE@@" lines split them.
 // The name file of the seeds names the model FUZZ in the working directory.
 #include "fuzz_support.h"
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 
 using namespace tremodal;
 

@@ -3,9 +3,9 @@
 // command line and the files FUZZ.XSZ, .XYZ, .USM1, .H1, .URS1, .USD1 and
 // .R10, in that order; a part left out is a file that is not there. The name
 // file always names FUZZ.
+#include "base/arrays.h"
 #include "fuzz_support.h"
-#include "runcontrol/arrays.h"
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 
 using namespace tremodal;
 

@@ -21,13 +21,13 @@
 #include <string>
 #include <vector>
 
+#include "base/binary_files.h"
+#include "base/failure.h"
+#include "base/file_system.h"
+#include "base/number_text.h"
+#include "base/run_state.h"
+#include "base/text_files.h"
 #include "input/options_file.h"
-#include "runcontrol/binary_files.h"
-#include "runcontrol/failure.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/run_state.h"
-#include "runcontrol/text_files.h"
 #include "shear_building.h"
 
 namespace tremodal::example {

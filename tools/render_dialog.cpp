@@ -15,7 +15,7 @@
 #include <string>
 
 #include "platform/linux_host.h"
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 #include "view/form2_view.h"
 
 namespace {

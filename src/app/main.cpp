@@ -22,10 +22,10 @@
 #endif
 
 #include "app/report_command.h"
+#include "base/run_state.h"
+#include "base/worker_threads.h"
 #include "platform/linux_host.h"
-#include "runcontrol/run_state.h"
-#include "runcontrol/startup.h"
-#include "runcontrol/worker_threads.h"
+#include "run/startup.h"
 #if TREMODAL_VIEW
 #include "view/form2_view.h"
 #include "view/screen_host.h"

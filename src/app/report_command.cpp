@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "base/number_text.h"
 #include "platform/linux_host.h"
 #include "report/csv_tables.h"
 #include "report/report_run.h"
 #include "report/summary_text.h"
-#include "runcontrol/number_text.h"
 #if TREMODAL_VIEW
 #include "view/report_charts.h"
 #endif

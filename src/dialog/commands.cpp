@@ -5,14 +5,14 @@
 #include <filesystem>
 #include <vector>
 
+#include "base/file_system.h"
+#include "base/host.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
 #include "dialog/dialog_host.h"
 #include "input/options_file.h"
-#include "runcontrol/analysis_driver.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/host.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/startup.h"
-#include "runcontrol/text_files.h"
+#include "run/analysis_driver.h"
+#include "run/startup.h"
 
 namespace tremodal {
 

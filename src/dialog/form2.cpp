@@ -1,9 +1,9 @@
 #include "dialog/form2.h"
 
+#include "base/checked_math.h"
+#include "base/file_system.h"
+#include "base/number_text.h"
 #include "input/options_file.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/number_text.h"
 
 namespace tremodal {
 

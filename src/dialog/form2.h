@@ -10,7 +10,7 @@
 #include <array>
 #include <string>
 
-#include "runcontrol/run_state.h"
+#include "base/run_state.h"
 
 namespace tremodal {
 

@@ -6,12 +6,12 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/checked_math.h"
+#include "base/host.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
+#include "base/worker_threads.h"
 #include "input/modal_damping.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/host.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
-#include "runcontrol/worker_threads.h"
 
 namespace tremodal {
 

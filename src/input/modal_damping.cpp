@@ -1,8 +1,8 @@
 #include "input/modal_damping.h"
 
-#include "runcontrol/file_system.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
+#include "base/file_system.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
 
 namespace tremodal {
 

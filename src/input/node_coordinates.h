@@ -3,7 +3,7 @@
 // ground rotations use them.
 #pragma once
 
-#include "runcontrol/run_state.h"
+#include "base/run_state.h"
 
 namespace tremodal {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cctype>
 
-#include "runcontrol/checked_math.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
+#include "base/checked_math.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
 
 namespace tremodal {
 

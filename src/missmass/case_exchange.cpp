@@ -2,11 +2,11 @@
 
 #include <vector>
 
-#include "runcontrol/binary_files.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/host.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
+#include "base/binary_files.h"
+#include "base/checked_math.h"
+#include "base/host.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
 
 namespace tremodal {
 

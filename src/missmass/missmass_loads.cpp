@@ -1,10 +1,10 @@
 #include "missmass/missmass_loads.h"
 
+#include "base/checked_math.h"
+#include "base/file_system.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
 #include "results/case_list.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
 
 namespace tremodal {
 

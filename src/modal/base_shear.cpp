@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "runcontrol/checked_math.h"
-#include "runcontrol/wide_registers.h"
-#include "runcontrol/worker_threads.h"
+#include "base/checked_math.h"
+#include "base/wide_registers.h"
+#include "base/worker_threads.h"
 
 namespace tremodal {
 

@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "base/checked_math.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
+#include "base/wide_registers.h"
+#include "base/worker_threads.h"
 #include "modal/response_curve.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
-#include "runcontrol/wide_registers.h"
-#include "runcontrol/worker_threads.h"
 
 namespace tremodal {
 

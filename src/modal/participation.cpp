@@ -8,9 +8,9 @@
 #include <thread>
 #include <vector>
 
+#include "base/checked_math.h"
+#include "base/worker_threads.h"
 #include "modal/excitation.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/worker_threads.h"
 
 namespace tremodal {
 

@@ -1,8 +1,8 @@
 #include "modal/response_curve.h"
 
-#include "runcontrol/checked_math.h"
-#include "runcontrol/host.h"
-#include "runcontrol/text_files.h"
+#include "base/checked_math.h"
+#include "base/host.h"
+#include "base/text_files.h"
 
 namespace tremodal {
 

@@ -6,7 +6,7 @@
 
 #include <sys/types.h>
 
-#include "runcontrol/host.h"
+#include "base/host.h"
 
 namespace tremodal {
 

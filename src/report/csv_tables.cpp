@@ -1,6 +1,6 @@
 #include "report/csv_tables.h"
 
-#include "runcontrol/number_text.h"
+#include "base/number_text.h"
 
 namespace tremodal {
 

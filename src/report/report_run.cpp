@@ -3,14 +3,14 @@
 #include <filesystem>
 #include <memory>
 
+#include "base/file_system.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
 #include "input/node_coordinates.h"
 #include "input/options_file.h"
 #include "modal/response_curve.h"
-#include "runcontrol/analysis_driver.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/startup.h"
-#include "runcontrol/text_files.h"
+#include "run/analysis_driver.h"
+#include "run/startup.h"
 
 namespace tremodal {
 

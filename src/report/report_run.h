@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/host.h"
 #include "report/run_figures.h"
-#include "runcontrol/host.h"
 
 namespace tremodal {
 

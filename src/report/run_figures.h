@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "base/run_state.h"
 #include "results/curve_report.h"
 #include "results/participation_report.h"
-#include "runcontrol/run_state.h"
 
 namespace tremodal {
 

@@ -5,10 +5,10 @@
 #include <memory>
 #include <vector>
 
-#include "runcontrol/binary_files.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/number_text.h"
+#include "base/binary_files.h"
+#include "base/checked_math.h"
+#include "base/file_system.h"
+#include "base/number_text.h"
 
 namespace tremodal {
 

@@ -10,8 +10,8 @@
 
 #include <string>
 
-#include "runcontrol/run_state.h"
-#include "runcontrol/text_files.h"
+#include "base/run_state.h"
+#include "base/text_files.h"
 
 namespace tremodal {
 

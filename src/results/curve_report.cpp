@@ -1,8 +1,8 @@
 #include "results/curve_report.h"
 
+#include "base/checked_math.h"
+#include "base/number_text.h"
 #include "modal/response_curve.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/number_text.h"
 
 namespace tremodal {
 

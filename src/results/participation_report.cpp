@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "base/checked_math.h"
+#include "base/number_text.h"
 #include "modal/response_curve.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/number_text.h"
 
 namespace tremodal {
 

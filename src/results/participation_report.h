@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "runcontrol/run_state.h"
+#include "base/run_state.h"
 
 namespace tremodal {
 

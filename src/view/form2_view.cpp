@@ -21,9 +21,9 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/number_text.h"
 #include "dialog/commands.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 #include "view/plots_window.h"
 
 namespace tremodal {

@@ -8,9 +8,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "base/number_text.h"
 #include "report/report_run.h"
 #include "report/summary_text.h"
-#include "runcontrol/number_text.h"
 #include "view/report_charts.h"
 
 namespace tremodal {

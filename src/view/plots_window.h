@@ -9,8 +9,8 @@
 #include <functional>
 #include <string>
 
+#include "base/host.h"
 #include "report/run_figures.h"
-#include "runcontrol/host.h"
 
 class QComboBox;
 class QPushButton;

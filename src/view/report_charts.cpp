@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/number_text.h"
 #include "report/summary_text.h"
-#include "runcontrol/number_text.h"
 
 namespace tremodal {
 

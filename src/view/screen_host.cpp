@@ -3,7 +3,7 @@
 #include <QInputDialog>
 #include <QMessageBox>
 
-#include "runcontrol/vector_state.h"
+#include "base/vector_state.h"
 
 namespace tremodal {
 
@@ -18,9 +18,9 @@ void ScreenHost::ShowMessage(const std::string& text, const std::string& title) 
 std::string ScreenHost::Prompt(const std::string& title, const std::string& question,
                                const std::string& proposed) {
     bool ok = false;
-    const QString answer = QInputDialog::getText(nullptr, QString::fromStdString(title),
-                                                 QString::fromStdString(question), QLineEdit::Normal,
-                                                 QString::fromStdString(proposed), &ok);
+    const QString answer =
+        QInputDialog::getText(nullptr, QString::fromStdString(title), QString::fromStdString(question),
+                              QLineEdit::Normal, QString::fromStdString(proposed), &ok);
     return ok ? answer.toStdString() : std::string();
 }
 

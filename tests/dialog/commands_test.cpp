@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {

@@ -10,9 +10,9 @@
 #include <filesystem>
 #include <string>
 
+#include "base/file_system.h"
+#include "base/text_files.h"
 #include "dialog/commands.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/text_files.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {

@@ -8,8 +8,8 @@
 #include <cmath>
 #include <string>
 
-#include "runcontrol/analysis_driver.h"
-#include "runcontrol/startup.h"
+#include "run/analysis_driver.h"
+#include "run/startup.h"
 #include "support/test_support.h"
 
 namespace tremodal {
@@ -119,7 +119,8 @@ TEST(ShearBuilding, ParticipationDisplacementsAndShearMatchTheClosedForm) {
                     s.ModalAccel(run.Equation(floor, 1), m), kAcceleration * gamma * phi,
                     "x acceleration of floor " + std::to_string(floor) + " in mode " + std::to_string(m),
                     2e-5);
-                EXPECT_EQ(run.FileDisplacement(1, m, run.Equation(floor, 3)), 0.0f) << "no z response to an x motion";
+                EXPECT_EQ(run.FileDisplacement(1, m, run.Equation(floor, 3)), 0.0f)
+                    << "no z response to an x motion";
             }
             const double modalShear = gamma * gamma * kAcceleration;
             shearSquares += modalShear * modalShear;

@@ -22,8 +22,8 @@
 #include <string>
 #include <vector>
 
-#include "runcontrol/wide_registers.h"
-#include "runcontrol/worker_threads.h"
+#include "base/wide_registers.h"
+#include "base/worker_threads.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {

@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-#include "runcontrol/binary_files.h"
+#include "base/binary_files.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {

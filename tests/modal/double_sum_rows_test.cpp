@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <random>
 
+#include "base/wide_registers.h"
+#include "base/worker_threads.h"
 #include "modal/base_shear.h"
-#include "runcontrol/wide_registers.h"
-#include "runcontrol/worker_threads.h"
 #include "support/test_support.h"
 
 namespace tremodal {

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <string>
 
-#include "runcontrol/binary_files.h"
+#include "base/binary_files.h"
 #include "support/frequency_case_fixture.h"
 #include "support/model_fixture.h"
 

@@ -7,9 +7,9 @@
 #include <cmath>
 #include <string>
 
+#include "base/binary_files.h"
 #include "modal/modal_response.h"
 #include "modal/participation.h"
-#include "runcontrol/binary_files.h"
 #include "support/test_support.h"
 
 namespace tremodal {

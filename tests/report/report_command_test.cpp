@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "base/run_state.h"
 #include "input/options_file.h"
-#include "runcontrol/run_state.h"
 #include "support/test_support.h"
 #include "tools/shear_building.h"
 

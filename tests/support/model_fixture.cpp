@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "runcontrol/analysis_driver.h"
-#include "runcontrol/startup.h"
+#include "run/analysis_driver.h"
+#include "run/startup.h"
 #include "support/frequency_case_fixture.h"
 
 namespace tremodal::testing {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "runcontrol/run_state.h"
+#include "base/run_state.h"
 #include "support/frequency_case_fixture.h"
 #include "support/test_support.h"
 

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal::testing {
 

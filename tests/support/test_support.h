@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "base/host.h"
 #include "dialog/dialog_host.h"
-#include "runcontrol/host.h"
 
 namespace tremodal::testing {
 

@@ -17,7 +17,7 @@
 #include <filesystem>
 
 #include "platform/linux_host.h"
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {

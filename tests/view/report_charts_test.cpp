@@ -13,7 +13,7 @@
 
 #include "input/options_file.h"
 #include "report/report_run.h"
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 #include "support/test_support.h"
 #include "view/form2_view.h"
 #include "view/plots_window.h"

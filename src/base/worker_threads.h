@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

@@ -1,4 +1,4 @@
-#include "runcontrol/vector_state.h"
+#include "base/vector_state.h"
 
 namespace tremodal {
 

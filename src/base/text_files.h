@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

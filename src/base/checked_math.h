@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

@@ -12,7 +12,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

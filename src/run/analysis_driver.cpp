@@ -1,5 +1,10 @@
-#include "runcontrol/analysis_driver.h"
+#include "run/analysis_driver.h"
 
+#include "base/checked_math.h"
+#include "base/host.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
+#include "base/vector_state.h"
 #include "input/frequency_case.h"
 #include "missmass/case_exchange.h"
 #include "missmass/missmass_loads.h"
@@ -12,11 +17,6 @@
 #include "results/curve_report.h"
 #include "results/participation_report.h"
 #include "results/result_case_files.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/host.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
-#include "runcontrol/vector_state.h"
 
 namespace tremodal {
 

@@ -1,4 +1,4 @@
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 
 #include <gtest/gtest.h>
 
@@ -108,10 +108,13 @@ TEST(Startup, DamagedModelFilesEndInNumberedFailures) {
     const std::string tail = " ; Model Or Data; Error - Check; Model & Re - Run; \r\n";
     const Case cases[] = {
         {"MODEL.NAM", "", "MODEL.NAM.LOG", "TREMODAL  E 62 ; L;  0"},
-        {"FRAME.XSZ", "a\r\nFRAME\r\nt\r\n1\r\n2\r\n3\r\n5,0,1e40,0\r\n", "FRAME.LOG", "TREMODAL  E 6 ; L;  0"},
-        {"FRAME.XSZ", "a\r\nFRAME\r\nt\r\n1\r\n2\r\n3\r\n5,0,-5,0\r\n1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n1\r\n",
+        {"FRAME.XSZ", "a\r\nFRAME\r\nt\r\n1\r\n2\r\n3\r\n5,0,1e40,0\r\n", "FRAME.LOG",
+         "TREMODAL  E 6 ; L;  0"},
+        {"FRAME.XSZ",
+         "a\r\nFRAME\r\nt\r\n1\r\n2\r\n3\r\n5,0,-5,0\r\n1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n1\r\n",
          "FRAME.LOG", "TREMODAL  E 9 ; L;  34"},
-        {"FRAME.XSZ", std::string("\x7f\x45\x4c\x46\0\0\x01\xff,,,\n\"", 13), "FRAME.LOG", "TREMODAL  E 62 ; L;  0"},
+        {"FRAME.XSZ", std::string("\x7f\x45\x4c\x46\0\0\x01\xff,,,\n\"", 13), "FRAME.LOG",
+         "TREMODAL  E 62 ; L;  0"},
     };
     for (const Case& c : cases) {
         StartFixture f;

@@ -1,4 +1,4 @@
-#include "runcontrol/worker_threads.h"
+#include "base/worker_threads.h"
 
 #include <algorithm>
 

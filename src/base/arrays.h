@@ -11,7 +11,7 @@
 #include <memory>
 #include <type_traits>
 
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

@@ -1,10 +1,10 @@
-#include "runcontrol/checked_math.h"
+#include "base/checked_math.h"
 
 #include <cmath>
 #include <limits>
 #include <string>
 
-#include "runcontrol/number_text.h"
+#include "base/number_text.h"
 
 namespace tremodal {
 namespace {

@@ -1,4 +1,4 @@
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

@@ -1,4 +1,4 @@
-#include "runcontrol/binary_files.h"
+#include "base/binary_files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "runcontrol/file_system.h"
+#include "base/file_system.h"
 
 namespace tremodal {
 

@@ -1,4 +1,4 @@
-#include "runcontrol/arrays.h"
+#include "base/arrays.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

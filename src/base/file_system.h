@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "runcontrol/arrays.h"
-#include "runcontrol/binary_files.h"
-#include "runcontrol/failure.h"
+#include "base/arrays.h"
+#include "base/binary_files.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

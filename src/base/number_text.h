@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "runcontrol/failure.h"
+#include "base/failure.h"
 
 namespace tremodal {
 

@@ -5,7 +5,7 @@
 // title of the results case and response.cnt.
 #pragma once
 
-#include "runcontrol/run_state.h"
+#include "base/run_state.h"
 
 namespace tremodal {
 

@@ -1,4 +1,4 @@
-#include "runcontrol/text_files.h"
+#include "base/text_files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "runcontrol/checked_math.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/number_text.h"
+#include "base/checked_math.h"
+#include "base/file_system.h"
+#include "base/number_text.h"
 
 namespace tremodal {
 

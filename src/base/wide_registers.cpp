@@ -1,4 +1,4 @@
-#include "runcontrol/wide_registers.h"
+#include "base/wide_registers.h"
 
 #include <atomic>
 

@@ -1,15 +1,15 @@
-#include "runcontrol/startup.h"
+#include "run/startup.h"
 
 #include <cstdio>
 
+#include "base/checked_math.h"
+#include "base/file_system.h"
+#include "base/host.h"
+#include "base/number_text.h"
+#include "base/text_files.h"
 #include "input/node_coordinates.h"
 #include "input/options_file.h"
-#include "runcontrol/analysis_driver.h"
-#include "runcontrol/checked_math.h"
-#include "runcontrol/file_system.h"
-#include "runcontrol/host.h"
-#include "runcontrol/number_text.h"
-#include "runcontrol/text_files.h"
+#include "run/analysis_driver.h"
 
 namespace tremodal {
 

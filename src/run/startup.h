@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "runcontrol/run_state.h"
+#include "base/run_state.h"
 
 namespace tremodal {
 

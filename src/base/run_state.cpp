@@ -1,6 +1,6 @@
-#include "runcontrol/run_state.h"
+#include "base/run_state.h"
 
-#include "runcontrol/checked_math.h"
+#include "base/checked_math.h"
 
 namespace tremodal {
 
