@@ -7,21 +7,20 @@
 #include <limits>
 #include <random>
 
-#include "support/frequency_case_fixture.h"
+#include "base/worker_threads.h"
 #include "support/test_support.h"
+#include "tools/frequency_case_writer.h"
 
 namespace tremodal {
 namespace {
 
+using example::FrequencyCaseBytes;
+using example::FrequencyCaseData;
 using testing::BytesF32;
 using testing::BytesF64;
 using testing::BytesI32;
 using testing::FailureOf;
-using testing::FakeHost;
-using testing::FrequencyCaseBytes;
-using testing::FrequencyCaseData;
-using testing::TempDir;
-using testing::WriteFile;
+using testing::MessageOf;
 
 const char* const kLumpedText = "Lumped Mass Model should be used for Seismic Response Analysis";
 const char* const kSquareText =
@@ -29,8 +28,8 @@ const char* const kSquareText =
     "Ignore if Lumped Mass is set for 3-D Jacobi Eigen Solver";
 
 struct CaseFixture {
-    TempDir dir;
-    FakeHost host;
+    testing::TempDir dir;
+    testing::FakeHost host;
     RunState state;
     explicit CaseFixture(float nodes = 2) {
         state.Model.ModelPath = dir.File("FRAME");
@@ -39,7 +38,7 @@ struct CaseFixture {
         state.Options.DampingRatio = 0.05f;
         state.Ui = &host;
     }
-    void Write(const std::string& bytes) { WriteFile(dir.File("FRAME.H1"), bytes); }
+    void Write(const std::string& bytes) { testing::WriteFile(dir.File("FRAME.H1"), bytes); }
     // The reads of a run up to the end of the mass block, as the driver
     // makes them.
     void ReadAll() {
@@ -50,7 +49,8 @@ struct CaseFixture {
     std::int64_t Position() { return state.Freq.Stream->Position() - 1; }
 };
 
-// Two case nodes, three modes, six equations; node 2 has no rotations.
+// Two case nodes, three modes, six equations; node 2 has no freedom with an
+// equation. Mode 2's largest value is negative.
 FrequencyCaseData TwoNodeCase() {
     FrequencyCaseData c;
     c.CaseNodes = 2;
@@ -59,7 +59,7 @@ FrequencyCaseData TwoNodeCase() {
     c.Eigenvalues = {39.5, 412.25, 1000.001};
     c.NodeDof = {{1, 2, 3, 4, 5, 6}, {0, 0, 0, 0, 0, 0}};
     c.Shapes = {{0, 0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f},
-                {0, -1.5f, 2.5f, -3.5f, 4.5f, -5.5f, 6.5f},
+                {0, 1.5f, -2.5f, 3.5f, -4.5f, 5.5f, -6.5f},
                 {0, 7, 8, 9, 10, 11, 12}};
     c.MassForm = 1;
     c.Masses = {1.25, 2.5, 3.75, 5, 6.25, 7.1};
@@ -71,41 +71,33 @@ void Patch(std::string& bytes, std::size_t at, const std::string& with) {
 }
 
 TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
-    {
-        // Square form in the dialog: the two-line message; only the diagonal
-        // is kept, and the terms off it are passed over even when damaged.
+    // Square form in the dialog: the two-line message; only the diagonal is
+    // kept, and the terms off it are passed over even when damaged. Value 2
+    // is read as lumped and tells the user, in a batch run too.
+    const struct {
+        std::int32_t form;
+        i16 batch;
+        const char* message;
+        std::int32_t read;
+        f32 sixth;
+    } forms[] = {{0, 0, kSquareText, 0, 0.1f}, {2, 1, kLumpedText, 1, 7.1f}};
+    for (const auto& form : forms) {
         CaseFixture f;
         FrequencyCaseData c = TwoNodeCase();
-        c.MassForm = 0;
-        c.Masses = {1.5, 2.5, 3.5, 4.5, 5.5, 0.1};
+        c.MassForm = form.form;
+        if (form.form == 0) c.Masses = {1.5, 2.5, 3.5, 4.5, 5.5, 0.1};
         c.OffDiagonal = std::numeric_limits<double>::quiet_NaN();
         const std::string bytes = FrequencyCaseBytes(c);
-        ASSERT_EQ(bytes.size(), 356u + 4 + 36 * 8);
         f.Write(bytes);
+        f.state.BatchRun = form.batch;
         f.ReadAll();
-        ASSERT_EQ(f.host.Messages.size(), 1u);
-        EXPECT_EQ(f.host.Messages[0], kSquareText);
-        EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL");
-        const FrequencyCase& r = f.state.Freq;
-        EXPECT_EQ(r.MassForm, 0);
-        EXPECT_EQ(r.MassTerms.Upper(), 6);
-        EXPECT_EQ(r.MassTerms(1), 1.5f);
-        EXPECT_EQ(r.MassTerms(6), 0.1f);
-        EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
-    }
-    {
-        // Value 2 is read as lumped and tells the user, in a batch run too.
-        CaseFixture f;
-        FrequencyCaseData c = TwoNodeCase();
-        c.MassForm = 2;
-        f.Write(FrequencyCaseBytes(c));
-        f.state.BatchRun = 1;
-        f.ReadAll();
-        ASSERT_EQ(f.host.Messages.size(), 1u);
-        EXPECT_EQ(f.host.Messages[0], kLumpedText);
-        EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL");
-        EXPECT_EQ(f.state.Freq.MassForm, 1);
-        EXPECT_EQ(f.state.Freq.MassTerms(3), 3.75f);
+        EXPECT_EQ(f.host.Messages, std::vector<std::string>{form.message});
+        EXPECT_EQ(f.host.MessageTitles, std::vector<std::string>{"TREMODAL"});
+        EXPECT_EQ(f.state.Freq.MassForm, form.read);
+        EXPECT_EQ(f.state.Freq.MassTerms.Upper(), 6);
+        EXPECT_EQ(f.state.Freq.MassTerms(1), form.form == 0 ? 1.5f : 1.25f);
+        EXPECT_EQ(f.state.Freq.MassTerms(6), form.sixth);
+        EXPECT_EQ(f.Position(), std::int64_t(bytes.size()));
     }
 }
 
@@ -160,7 +152,7 @@ TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
     EXPECT_EQ(r.NumModes, 2);
     EXPECT_EQ(r.Eigenvalue.Upper(), 10);
     EXPECT_EQ(r.ModeShape.Upper2(), 10);
-    EXPECT_EQ(r.ModeShape(3, 2), -3.5f);
+    EXPECT_EQ(r.ModeShape(3, 2), 3.5f);
     EXPECT_EQ(r.MassTerms(6), 7.1f);
     EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
 
@@ -245,6 +237,46 @@ TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
         f.Write(bytes);
         EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kSubscriptOutOfRange);
     }
+}
+
+TEST(FrequencyCase, ShapesFailAtTheFirstBadPairInTheFileOnAnyNumberOfThreads) {
+    // Pairs of mode 2 and, later in the file, mode 3 spoilt: the equation or
+    // the value of mode 2's freedom 3, then mode 3's freedom 1.
+    const std::string start = "in its mode shapes, ";
+    const struct {
+        std::string mode2, mode3, message;
+    } cases[] = {
+        {BytesI32(-1), BytesI32(7), "subscript -1 outside 0..6"},
+        {BytesI32(7), BytesI32(-1), "subscript 7 outside 0..6"},
+        {BytesI32(3) + BytesF32(std::numeric_limits<float>::infinity()), BytesI32(-1),
+         "overflow: Inf does not fit a single"},
+        {BytesI32(3) + BytesF32(-std::numeric_limits<float>::infinity()), BytesI32(-1),
+         "overflow: -Inf does not fit a single"},
+        {BytesI32(3) + BytesF32(std::numeric_limits<float>::quiet_NaN()), BytesI32(7),
+         "overflow: not a number stored in a single"},
+    };
+    for (const int threads : {1, 3}) {
+        SetWorkerThreads(threads);
+        SetSmallShares(threads > 1);
+        for (const auto& c : cases) {
+            CaseFixture f;
+            std::string bytes = FrequencyCaseBytes(TwoNodeCase());
+            Patch(bytes, 64 + 96 + 16, c.mode2);
+            Patch(bytes, 64 + 2 * 96, c.mode3);
+            f.Write(bytes);
+            EXPECT_EQ(MessageOf([&] { f.ReadAll(); }), f.dir.File("FRAME.H1: ") + start + c.message)
+                << threads;
+        }
+        // The peak of a mode is its largest magnitude, here mode 2's -6.5.
+        CaseFixture f;
+        f.Write(FrequencyCaseBytes(TwoNodeCase()));
+        f.ReadAll();
+        EXPECT_EQ(f.state.Freq.ShapePeak(1), 0.6f);
+        EXPECT_EQ(f.state.Freq.ShapePeak(2), 6.5f);
+        EXPECT_EQ(f.state.Freq.ShapePeak(3), 12.0f);
+    }
+    SetWorkerThreads(1);
+    SetSmallShares(false);
 }
 
 }  // namespace
