@@ -97,5 +97,32 @@ TEST_F(SpectrumCurveRead, EveryFaultEndsInTheOneMessage) {
     EXPECT_EQ(Spectrum(3), 0.0f);
 }
 
+TEST_F(SpectrumCurveRead, AHundredPointsAndTheMarkerFitAHundredAndOneDoNot) {
+    // Mode 1 at T = 2 s lies beyond the last of points (0.01 k, k).
+    std::string curve;
+    for (int k = 1; k <= 100; ++k) curve += std::to_string(0.01 * k) + "," + std::to_string(k) + "\r\n";
+    Build({6.284f / 2}, curve + "-1\r\n");
+    ReadSpectrumCurve(s);
+    EXPECT_TRUE(host.Messages.empty());
+    EXPECT_EQ(s.Curve.CurvePoints, 100);
+    EXPECT_EQ(Spectrum(1), 100.0f);
+    Build({6.284f / 2}, curve + "1.1,101\r\n-1\r\n");
+    ReadSpectrumCurve(s);
+    EXPECT_EQ(host.Messages, std::vector<std::string>{"Error in Spectrum Data"});
+}
+
+TEST_F(SpectrumCurveRead, TheFirstOfTwoEqualHighestValuesIsThePeak) {
+    // The ZPA period, point 1's 0.5 s, lies beyond the peak at 0.2 s and
+    // before the one at 0.8 s: the missing mass warning follows the first.
+    for (const bool earlyFirst : {true, false}) {
+        host.Messages.clear();
+        Build({6.284f}, earlyFirst ? "0.5,1\n0.2,3\n0.8,3\n1.0,1\n-1\n" : "0.5,1\n0.8,3\n0.2,3\n1.0,1\n-1\n");
+        s.Options.MissMassOn = 1;
+        ReadSpectrumCurve(s);
+        const std::vector<std::string> warning = {"ZPA Period > Tmax Period - Check"};
+        EXPECT_EQ(host.Messages, earlyFirst ? warning : std::vector<std::string>{});
+    }
+}
+
 }  // namespace
 }  // namespace tremodal
