@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
-#include <random>
 
 #include "base/worker_threads.h"
 #include "support/test_support.h"
@@ -98,41 +96,11 @@ TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
         EXPECT_EQ(f.state.Freq.MassTerms(1), form.form == 0 ? 1.5f : 1.25f);
         EXPECT_EQ(f.state.Freq.MassTerms(6), form.sixth);
         EXPECT_EQ(f.Position(), std::int64_t(bytes.size()));
+        // The peak of a mode is its largest magnitude: mode 2's is -6.5.
+        EXPECT_EQ(f.state.Freq.ShapePeak(1), 0.6f);
+        EXPECT_EQ(f.state.Freq.ShapePeak(2), 6.5f);
+        EXPECT_EQ(f.state.Freq.ShapePeak(3), 12.0f);
     }
-}
-
-TEST(FrequencyCase, FileEndingInAnySectionIsInputPastEnd) {
-    FrequencyCaseData lumped = TwoNodeCase();
-    FrequencyCaseData square = TwoNodeCase();
-    square.MassForm = 0;
-    const std::string lumpedBytes = FrequencyCaseBytes(lumped);
-    const std::string squareBytes = FrequencyCaseBytes(square);
-    // Header, eigenvalues, shape block, mass form, mass count, masses; the
-    // discarded word and the last term of the square block.
-    const std::pair<const std::string*, std::size_t> cuts[] = {
-        {&lumpedBytes, 0},
-        {&lumpedBytes, 39},
-        {&lumpedBytes, 63},
-        {&lumpedBytes, 64},
-        {&lumpedBytes, 351},
-        {&lumpedBytes, 355},
-        {&lumpedBytes, 359},
-        {&lumpedBytes, lumpedBytes.size() - 1},
-        {&squareBytes, 357},
-        {&squareBytes, 360},
-        {&squareBytes, squareBytes.size() - 1},
-    };
-    for (const auto& [bytes, length] : cuts) {
-        CaseFixture f;
-        f.Write(bytes->substr(0, length));
-        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd) << "cut at " << length;
-    }
-    // Cut before the shapes: nothing was allocated.
-    CaseFixture f;
-    f.Write(lumpedBytes.substr(0, 351));
-    EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd);
-    EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
-    EXPECT_EQ(f.state.Freq.Eigenvalue.Upper(), -1);
 }
 
 TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
@@ -175,7 +143,10 @@ TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
     EXPECT_EQ(h.state.Excitation.Upper(), 13);
 }
 
-TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
+// Every broken file fails with its number, on one thread as on several,
+// at the first fault in the file, and before the arrays its header sizes are
+// allocated where that fault lies before the shapes.
+TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
     // What the machine can give is set low, so that the test does not depend
     // on the memory of the machine it runs on.
     struct Budget {
@@ -183,97 +154,92 @@ TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
         Budget() { SetMemoryBudget(std::int64_t(1) << 30); }
         ~Budget() { SetMemoryBudget(old); }
     } budget;
-    // Unused word and direction masses, one eigenvalue, 52 bytes to the end.
-    const std::string body = std::string(28, '\0') + BytesF64(100) + std::string(52, '\0');
-    struct Header {
-        std::int32_t caseNodes, dof, modes;
-        int failure;
+    FrequencyCaseData square = TwoNodeCase(), longMasses = TwoNodeCase();
+    square.MassForm = 0;
+    longMasses.MassCount = 2000000000;
+    const std::string lumped = FrequencyCaseBytes(TwoNodeCase()), squareBytes = FrequencyCaseBytes(square);
+    // A header, then an unused word and direction masses, one eigenvalue and
+    // 52 bytes to the end.
+    const auto header = [](std::int32_t caseNodes, std::int32_t dof, std::int32_t modes) {
+        return BytesI32(caseNodes) + BytesI32(dof) + BytesI32(modes) + std::string(28, '\0') + BytesF64(100) +
+               std::string(52, '\0');
     };
-    const Header headers[] = {
-        {1, 2000000000, 1, kOutOfMemory},   // arrays of 16 GB
-        {0, 6, 2000000000, kOutOfMemory},   // a zero ends the list, the arrays keep its count
-        {1, 6, 3, kInputPastEnd},           // the zero leaves one mode, whose shapes overrun the file
-        {2000000000, 6, 1, kInputPastEnd},  // shape block beyond the file
-        {-1, 6, 1, kSubscriptOutOfRange},  {1, -6, 1, kSubscriptOutOfRange}, {1, 6, -1, kSubscriptOutOfRange},
-        {5, 6, 1, kInputPastEnd},  // five node blocks cannot stand in 56 bytes
+    // Mode 2's freedom 3 spoilt (its equation, or its value behind equation
+    // 3), and, later in the file, mode 3's equation of freedom 1.
+    const auto pairs = [&](const std::string& mode2, const std::string& mode3) {
+        std::string bytes = lumped;
+        Patch(bytes, 64 + 96 + 16, mode2);
+        Patch(bytes, 64 + 2 * 96, mode3);
+        return bytes;
     };
-    for (const Header& h : headers) {
-        CaseFixture f;
-        const std::string bytes = BytesI32(h.caseNodes) + BytesI32(h.dof) + BytesI32(h.modes) + body;
-        ASSERT_EQ(bytes.size(), 100u);
-        f.Write(bytes);
-        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), h.failure)
-            << h.caseNodes << " " << h.dof << " " << h.modes;
-        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
-        EXPECT_EQ(f.state.ModalAccel.Upper1(), -1);
-    }
-    {
-        // A list with neither its count nor a zero in the file.
-        CaseFixture f;
-        f.Write(BytesI32(1) + BytesI32(6) + BytesI32(4) + std::string(28, '\0') + BytesF64(100) +
-                BytesF64(200));
-        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), kInputPastEnd);
-        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
-    }
-    {
-        // More case nodes than model nodes.
-        CaseFixture f(1);
-        f.Write(FrequencyCaseBytes(TwoNodeCase()));
-        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), kSubscriptOutOfRange);
-        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
-    }
-    {
-        // A mass block longer than the file, checked before its allocation.
-        CaseFixture f;
-        FrequencyCaseData c = TwoNodeCase();
-        c.MassCount = 2000000000;
-        f.Write(FrequencyCaseBytes(c));
-        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd);
-        EXPECT_EQ(f.state.Freq.MassTerms.Upper(), -1);
-        c.MassCount = -1;
-        c.Masses.clear();
-        std::string bytes = FrequencyCaseBytes(c);
-        Patch(bytes, 356, BytesI32(-1));
-        f.Write(bytes);
-        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kSubscriptOutOfRange);
-    }
-}
-
-TEST(FrequencyCase, ShapesFailAtTheFirstBadPairInTheFileOnAnyNumberOfThreads) {
-    // Pairs of mode 2 and, later in the file, mode 3 spoilt: the equation or
-    // the value of mode 2's freedom 3, then mode 3's freedom 1.
-    const std::string start = "in its mode shapes, ";
+    const f32 inf = std::numeric_limits<f32>::infinity();
     const struct {
-        std::string mode2, mode3, message;
+        std::string bytes;
+        int failure;
+        bool allocated;
+        const char* message = nullptr;
+        float nodes = 2;
     } cases[] = {
-        {BytesI32(-1), BytesI32(7), "subscript -1 outside 0..6"},
-        {BytesI32(7), BytesI32(-1), "subscript 7 outside 0..6"},
-        {BytesI32(3) + BytesF32(std::numeric_limits<float>::infinity()), BytesI32(-1),
+        // Cut in the header, eigenvalues, shape block, mass form, mass
+        // count, masses; the discarded word and the last term of the square
+        // block.
+        {lumped.substr(0, 0), kInputPastEnd, false},
+        {lumped.substr(0, 39), kInputPastEnd, false},
+        {lumped.substr(0, 63), kInputPastEnd, false},
+        {lumped.substr(0, 64), kInputPastEnd, false},
+        {lumped.substr(0, 351), kInputPastEnd, false},
+        {lumped.substr(0, 355), kInputPastEnd, true},
+        {lumped.substr(0, 359), kInputPastEnd, true},
+        {lumped.substr(0, lumped.size() - 1), kInputPastEnd, true},
+        {squareBytes.substr(0, 357), kInputPastEnd, true},
+        {squareBytes.substr(0, 360), kInputPastEnd, true},
+        {squareBytes.substr(0, squareBytes.size() - 1), kInputPastEnd, true},
+        // Arrays of 16 GB; a zero that ends the list while the arrays keep
+        // its count; the zero leaving one mode whose shapes overrun the
+        // file; a shape block beyond the file; negative counts; five node
+        // blocks that cannot stand in 56 bytes.
+        {header(1, 2000000000, 1), kOutOfMemory, false},
+        {header(0, 6, 2000000000), kOutOfMemory, false},
+        {header(1, 6, 3), kInputPastEnd, false},
+        {header(2000000000, 6, 1), kInputPastEnd, false},
+        {header(-1, 6, 1), kSubscriptOutOfRange, false},
+        {header(1, -6, 1), kSubscriptOutOfRange, false},
+        {header(1, 6, -1), kSubscriptOutOfRange, false},
+        {header(5, 6, 1), kInputPastEnd, false},
+        // A list with neither its count nor a zero in the file.
+        {header(1, 6, 4).substr(0, 48) + BytesF64(200), kInputPastEnd, false},
+        // More case nodes than model nodes.
+        {lumped, kSubscriptOutOfRange, false, nullptr, 1},
+        // A mass block longer than the file, or of a negative count.
+        {FrequencyCaseBytes(longMasses), kInputPastEnd, true},
+        {lumped.substr(0, 356) + BytesI32(-1), kSubscriptOutOfRange, true},
+        {pairs(BytesI32(-1), BytesI32(7)), kSubscriptOutOfRange, true, "subscript -1 outside 0..6"},
+        {pairs(BytesI32(7), BytesI32(-1)), kSubscriptOutOfRange, true, "subscript 7 outside 0..6"},
+        {pairs(BytesI32(3) + BytesF32(inf), BytesI32(-1)), kOverflow, true,
          "overflow: Inf does not fit a single"},
-        {BytesI32(3) + BytesF32(-std::numeric_limits<float>::infinity()), BytesI32(-1),
+        {pairs(BytesI32(3) + BytesF32(-inf), BytesI32(-1)), kOverflow, true,
          "overflow: -Inf does not fit a single"},
-        {BytesI32(3) + BytesF32(std::numeric_limits<float>::quiet_NaN()), BytesI32(7),
+        {pairs(BytesI32(3) + BytesF32(std::nanf("")), BytesI32(7)), kOverflow, true,
          "overflow: not a number stored in a single"},
     };
     for (const int threads : {1, 3}) {
         SetWorkerThreads(threads);
         SetSmallShares(threads > 1);
         for (const auto& c : cases) {
-            CaseFixture f;
-            std::string bytes = FrequencyCaseBytes(TwoNodeCase());
-            Patch(bytes, 64 + 96 + 16, c.mode2);
-            Patch(bytes, 64 + 2 * 96, c.mode3);
-            f.Write(bytes);
-            EXPECT_EQ(MessageOf([&] { f.ReadAll(); }), f.dir.File("FRAME.H1: ") + start + c.message)
-                << threads;
+            CaseFixture f(c.nodes);
+            f.Write(c.bytes);
+            const std::string where = std::to_string(c.bytes.size()) + " bytes, " + std::to_string(threads);
+            EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), c.failure) << where;
+            if (c.message) {
+                EXPECT_EQ(MessageOf([&] { f.ReadAll(); }),
+                          f.dir.File("FRAME.H1: in its mode shapes, ") + c.message);
+            }
+            if (!c.allocated) {
+                EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1) << where;
+                EXPECT_EQ(f.state.ModalAccel.Upper1(), -1) << where;
+            }
+            EXPECT_EQ(f.state.Freq.MassTerms.Upper(), -1) << where;
         }
-        // The peak of a mode is its largest magnitude, here mode 2's -6.5.
-        CaseFixture f;
-        f.Write(FrequencyCaseBytes(TwoNodeCase()));
-        f.ReadAll();
-        EXPECT_EQ(f.state.Freq.ShapePeak(1), 0.6f);
-        EXPECT_EQ(f.state.Freq.ShapePeak(2), 6.5f);
-        EXPECT_EQ(f.state.Freq.ShapePeak(3), 12.0f);
     }
     SetWorkerThreads(1);
     SetSmallShares(false);
