@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <string>
 
 #include "base/binary_files.h"
@@ -57,74 +56,39 @@ struct TinyRun {
     }
 };
 
+// Participation: mode 1 reaches 2^128 at its third equation while mode 2
+// already overflows at its second, and mode 1 is summed first; the last mode
+// of the second group of 16 summed side by side. The residual mass runs
+// equation by equation: mode 2's term overflows at equation 1, mode 1's
+// square at equation 2; then the last equation alone. The responses run
+// over the modes of one equation before the next: mode 1 overflows at
+// equation 2, mode 2 at equation 1. The acceleration is the displacement
+// times omega twice: at the first equation, and past it with a negative
+// scale, where the displacement -2^100 fits and the acceleration -2^140 does
+// not.
 TEST(NumericFaults, EachFaultIsTheFirstInTheSuitesOrderOnAnyNumberOfThreads) {
+    enum Step { kParticipation, kResidualMass, kResponses };
     std::vector<std::vector<f32>> group(32, {1, 1});
     group[31] = {k2p127, k2p127};
+    const f32 k2p65 = std::ldexp(1.0f, 65), k2p70 = std::ldexp(1.0f, 70);
     const struct {
-        const char* fault;
-        i32 dof;
+        Step step;
         std::vector<std::vector<f32>> shapes;
-        std::function<void(RunState&)> run;
         std::string message;
+        f32 gamma1 = 1, gamma2 = 1, omega = 1;
     } cases[] = {
-        // Mode 1 reaches 2^128 at its third equation; mode 2 already
-        // overflows at its second. Mode 1 is summed first.
-        {"participation in mode order",
-         3,
-         {{k2p127, k2p126, k2p126}, {1.5f * k2p127, 1.5f * k2p127, 0}},
-         ComputeParticipationLumped,
-         k2p128},
-        // The last mode of the second group of 16 summed side by side.
-        {"participation in the last mode of a group", 2, group, ComputeParticipationLumped, k2p128},
-        // Mode 2's term overflows at equation 1, mode 1's square at equation
-        // 2: the reached mass runs equation by equation.
-        {"residual mass in equation order",
-         2,
-         {{1, std::ldexp(1.0f, 70)}, {std::ldexp(1.0f, 65), 1}},
-         [](RunState& s) {
-             s.Options.MissMassOn = 1;
-             ComputeParticipationLumped(s);
-         },
-         k2p130},
-        {"residual mass in the last equation",
-         3,
-         {{1, 1, std::ldexp(1.0f, 70)}},
-         [](RunState& s) {
-             s.Options.MissMassOn = 1;
-             ComputeParticipationLumped(s);
-         },
-         k2p140},
-        // Mode 1 overflows at equation 2, mode 2 at equation 1: the modes of
-        // one equation come before the next equation.
-        {"displacement in equation order",
-         2,
-         {{1, k2p127}, {k2p126, 1}},
-         [](RunState& s) {
-             s.Participation(1) = 4;
-             s.Participation(2) = 16;
-             ComputeModalResponse(s, 1);
-         },
-         k2p130},
-        // The acceleration is the displacement times omega twice.
-        {"acceleration at the first equation",
-         1,
-         {{k2p126}},
-         [](RunState& s) {
-             s.Freq.Omega(1) = 2;
-             ComputeModalResponse(s, 1);
-         },
-         k2p128},
-        // Equation 1 fits; equation 2's displacement -2^100 fits, its
-        // acceleration -2^140 does not. The scale is negative.
-        {"acceleration past the first equation",
-         2,
+        {kParticipation, {{k2p127, k2p126, k2p126}, {1.5f * k2p127, 1.5f * k2p127, 0}}, k2p128},
+        {kParticipation, group, k2p128},
+        {kResidualMass, {{1, k2p70}, {k2p65, 1}}, k2p130},
+        {kResidualMass, {{1, 1, k2p70}}, k2p140},
+        {kResponses, {{1, k2p127}, {k2p126, 1}}, k2p130, 4, 16},
+        {kResponses, {{k2p126}}, k2p128, 1, 1, 2},
+        {kResponses,
          {{1, k2p100}},
-         [](RunState& s) {
-             s.Freq.Omega(1) = std::ldexp(1.0f, 20);
-             s.Participation(1) = -1;
-             ComputeModalResponse(s, 1);
-         },
-         "overflow: -1.39379657490816E+42 does not fit a single"},
+         "overflow: -1.39379657490816E+42 does not fit a single",
+         -1,
+         1,
+         std::ldexp(1.0f, 20)},
     };
     for (const auto& c : cases) {
         for (const int threads : {1, 3}) {
@@ -132,10 +96,18 @@ TEST(NumericFaults, EachFaultIsTheFirstInTheSuitesOrderOnAnyNumberOfThreads) {
                 SetWorkerThreads(threads);
                 SetSmallShares(threads > 1);
                 AllowWideRegisters(wide);
-                TinyRun run(c.dof, c.shapes);
-                EXPECT_EQ(testing::MessageOf([&] { c.run(run.s); }), c.message)
-                    << c.fault << ", " << threads << " threads";
-                EXPECT_FALSE(testing::Exists(run.s.Model.ModelPath + ".HS1")) << c.fault;
+                TinyRun run(i32(c.shapes[0].size()), c.shapes);
+                run.s.Participation(1) = c.gamma1;
+                if (c.shapes.size() > 1) run.s.Participation(2) = c.gamma2;
+                run.s.Freq.Omega(1) = c.omega;
+                run.s.Options.MissMassOn = c.step == kResidualMass;
+                EXPECT_EQ(testing::MessageOf([&] {
+                              if (c.step == kResponses) ComputeModalResponse(run.s, 1);
+                              if (c.step != kResponses) ComputeParticipationLumped(run.s);
+                          }),
+                          c.message)
+                    << c.step << " " << c.shapes.size() << ", " << threads << " threads";
+                EXPECT_FALSE(testing::Exists(run.s.Model.ModelPath + ".HS1"));
             }
         }
     }

@@ -12,17 +12,9 @@
 
 namespace tremodal::closed_form {
 
-using example::BuildingMode;
-using example::EffectiveMass;
-using example::FamilyOmega;
-using example::ModeAngle;
-using example::ModeParticipation;
-using example::ModeValue;
-using example::ParticipationFactor;
-using example::ShapeValue;
-using example::ShearBuilding;
-using example::SortedModes;
-using example::Sway;
+// The building's modes, frequencies, shapes and participation factors:
+// closed_form::ShapeValue, closed_form::SortedModes and the rest.
+using namespace example;
 
 // The modal correlation of the complete quadratic combination after Der
 // Kiureghian (1981), for r = omega_j / omega_i:
