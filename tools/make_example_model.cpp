@@ -12,6 +12,7 @@
 //
 // Usage: make_example_model DIR [options]; the options are listed in kUsage.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <exception>
@@ -326,9 +327,9 @@ void WriteFrequencyCase(const ExampleOptions& o, const std::string& modelPath,
     c.Masses.assign(static_cast<std::size_t>(equations), NodeMass(b));
     // The square form's terms beside the diagonal: a fixed, unsymmetric
     // pattern that must not change any result.
-    const double noise = o.MassNoise * NodeMass(b);
-    c.OffDiagonalTerm = [noise](std::int64_t i, std::int64_t j) {
-        return noise == 0 ? 0.0 : noise * double((i * 7 + j * 13) % 11 - 5) / 5.0;
+    const double fraction = o.MassNoise, m = NodeMass(b);
+    c.OffDiagonalTerm = [fraction, m](std::int64_t i, std::int64_t j) {
+        return fraction == 0 ? 0.0 : fraction * m * double((i * 7 + j * 13) % 11 - 5) / 5.0;
     };
 
     const std::string path = modelPath + ".H" + o.FreqCase;
