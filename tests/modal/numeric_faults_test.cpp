@@ -149,19 +149,25 @@ TEST(NumericFaults, SumsAreSinglesRoundedOnEveryAdditionInTheSuitesOrder) {
 
 TEST(NumericFaults, ALargeShapePeakAloneStopsNothing) {
     // The peak of a mode may be a value that a later freedom of the same
-    // equation replaced; the responses themselves fit, so the file is written.
+    // equation replaced; the responses themselves fit, so the file is written:
+    // the options' damping ratio in its header, the mode's omega and own
+    // damping in its table, then the displacements.
     TinyRun run(2, {{0.5f, -0.25f}});
     run.s.Freq.ShapePeak(1) = k2p127;
     run.s.Participation(1) = 4;
+    run.s.Options.DampingRatio = 0.05f;
+    run.s.ModalDamping(1) = 0.07f;
     ComputeModalResponse(run.s, 1);
     const std::string bytes = testing::ReadFile(run.s.Model.ModelPath + ".HS1");
     ASSERT_EQ(bytes.size(), 16u + 8u + 48u);
-    const auto value = [&](int freedom) {
-        return GetF32(reinterpret_cast<const unsigned char*>(bytes.data()) + 24 + 8 * (freedom - 1) + 4);
+    const auto at = [&](std::size_t offset) {
+        return GetF32(reinterpret_cast<const unsigned char*>(bytes.data()) + offset);
     };
-    EXPECT_EQ(value(1), 2.0f);
-    EXPECT_EQ(value(2), -1.0f);
-    EXPECT_EQ(value(3), 0.0f);
+    EXPECT_EQ(at(10), 0.05f);
+    EXPECT_EQ(at(20), 0.07f);
+    EXPECT_EQ(at(28), 2.0f);
+    EXPECT_EQ(at(36), -1.0f);
+    EXPECT_EQ(at(44), 0.0f);
 }
 
 }  // namespace
