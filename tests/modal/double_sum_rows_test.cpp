@@ -216,19 +216,15 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
             }
         }
         // A fault anywhere in the row, in the first four terms or the tail.
+        const std::vector<f32> keepZeta = zeta, keepOmega = omega, keepEffective = effective;
         for (const std::size_t at : {std::size_t(2), std::size_t(count)}) {
             for (const bool allow : {true, false}) {
                 AllowWideRegisters(allow);
-                const f32 keep = zeta[at], keepOmega = omega[at], keepEffective = effective[at],
-                          keepFirst = effective[1];
                 zeta[at] = -0.01f;
                 EXPECT_FALSE(cqc(wide.data(), 1));
-                zeta[at] = keep;
                 omega[at] = effective[at] = effective[1] = 0;
                 EXPECT_FALSE(dsm(wide.data(), 1));
-                omega[at] = keepOmega;
-                effective[at] = keepEffective;
-                effective[1] = keepFirst;
+                zeta = keepZeta, omega = keepOmega, effective = keepEffective;
             }
         }
     }
