@@ -173,27 +173,14 @@ TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
         return bytes;
     };
     const f32 inf = std::numeric_limits<f32>::infinity();
-    const struct {
+    struct Case {
         std::string bytes;
         int failure;
         bool allocated;
         const char* message = nullptr;
         float nodes = 2;
-    } cases[] = {
-        // Cut in the header, eigenvalues, shape block, mass form, mass
-        // count, masses; the discarded word and the last term of the square
-        // block.
-        {lumped.substr(0, 0), kInputPastEnd, false},
-        {lumped.substr(0, 39), kInputPastEnd, false},
-        {lumped.substr(0, 63), kInputPastEnd, false},
-        {lumped.substr(0, 64), kInputPastEnd, false},
-        {lumped.substr(0, 351), kInputPastEnd, false},
-        {lumped.substr(0, 355), kInputPastEnd, true},
-        {lumped.substr(0, 359), kInputPastEnd, true},
-        {lumped.substr(0, lumped.size() - 1), kInputPastEnd, true},
-        {squareBytes.substr(0, 357), kInputPastEnd, true},
-        {squareBytes.substr(0, 360), kInputPastEnd, true},
-        {squareBytes.substr(0, squareBytes.size() - 1), kInputPastEnd, true},
+    };
+    std::vector<Case> cases = {
         // Arrays of 16 GB; a zero that ends the list while the arrays keep
         // its count; the zero leaving one mode whose shapes overrun the
         // file; a shape block beyond the file; negative counts; five node
@@ -222,6 +209,12 @@ TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
         {pairs(BytesI32(3) + BytesF32(std::nanf("")), BytesI32(7)), kOverflow, true,
          "overflow: not a number stored in a single"},
     };
+    // Cut in the header, eigenvalues, shape block, mass form, mass count,
+    // masses; the discarded word and the last term of the square block.
+    for (const std::size_t cut : std::vector<std::size_t>{0, 39, 63, 64, 351, 355, 359, lumped.size() - 1})
+        cases.push_back({lumped.substr(0, cut), kInputPastEnd, cut > 351});
+    for (const std::size_t cut : std::vector<std::size_t>{357, 360, squareBytes.size() - 1})
+        cases.push_back({squareBytes.substr(0, cut), kInputPastEnd, true});
     for (const int threads : {1, 3}) {
         SetWorkerThreads(threads);
         SetSmallShares(threads > 1);
