@@ -62,61 +62,6 @@ TEST(BatchRun, LeavesEveryFileTheSuiteExpects) {
     EXPECT_EQ(ReadFile(f.dir.File("casepost.out")), "casepost ran in " + f.dir.Path() + "\n");
 }
 
-TEST(BatchRun, DamagedFrequencyCaseLogsTheGenericLine) {
-    ModelFixture f;
-    f.WriteStandInCasepost();
-    f.WriteFrequencyCase();
-    const std::string whole = ReadFile(f.File(".H1"));
-    // Cut inside the shape block, inside the mass block, and a header that
-    // announces two thousand million equations in a few bytes: arrays of
-    // 80 GB, more memory than the machine has.
-    const std::string absurd = std::string("\x04\0\0\0\xff\xff\xff\x7f\x02\0\0\0", 12) + whole.substr(12);
-    const std::pair<std::string, const char*> cases[] = {
-        {whole.substr(0, 150), " 62 "}, {whole.substr(0, whole.size() - 4), " 62 "}, {absurd, " 7 "}};
-    for (const auto& [damaged, number] : cases) {
-        WriteFile(f.File(".H1"), damaged);
-        std::remove(f.File(".LOG").c_str());
-        EXPECT_EQ(f.RunTreModal("3/7/"), 1);
-        EXPECT_EQ(ReadFile(f.File(".LOG")),
-                  std::string("TREMODAL  E") + number +
-                      "; L;  102 ; Model Or Data; Error - Check; Model & Re - Run; \r\n");
-        EXPECT_FALSE(Exists(f.dir.File("casepost.out")));
-    }
-}
-
-TEST(BatchRun, BadSpectrumSaysSoAndRunsOn) {
-    ModelFixture f;
-    f.WriteStandInCasepost();
-    f.WriteFrequencyCase();
-    WriteFile(f.File(".URS1"), "0,1\r\nten,1\r\n");
-    ASSERT_EQ(f.RunTreModal("3/7/"), 0);
-    EXPECT_EQ(f.Stderr(), "TREMODAL: Error in Spectrum Data\n");
-    EXPECT_TRUE(Exists(f.File(".L20")));
-    EXPECT_TRUE(Exists(f.dir.File("casepost.out")));
-}
-
-TEST(BatchRun, FailureLogsOneLineAndEndsWithoutCasepost) {
-    ModelFixture f;
-    f.WriteStandInCasepost();
-    EXPECT_EQ(f.RunTreModal("3/7/2/"), 1);  // no frequency case file
-    const std::string line = "TREMODAL - Frequency or Response Spectrum Data not Found";
-    EXPECT_EQ(ReadFile(f.File(".LOG")), line + "\r\n");
-    EXPECT_NE(f.Stderr().find(line + "\n"), std::string::npos);
-    EXPECT_FALSE(Exists(f.dir.File("casepost.out")));
-    EXPECT_FALSE(Exists(f.dir.File("response.cnt")));
-
-    EXPECT_EQ(f.RunTreModal("8/7/"), 1);
-    EXPECT_EQ(ReadFile(f.File(".LOG")), line + "\r\nTREMODAL - Response Options File (8) Not Found \r\n");
-}
-
-TEST(BatchRun, CasepostThatCannotStartEndsTheRunQuietly) {
-    ModelFixture f;  // no bin/casepost
-    f.WriteFrequencyCase();
-    EXPECT_EQ(f.RunTreModal("3/7/"), 0) << f.Stderr();
-    EXPECT_TRUE(Exists(f.dir.File("response.cnt")));
-    EXPECT_FALSE(Exists(f.File(".LOG")));
-}
-
 // Node and mode numbers are 16-bit in the suite's files: 32,767 of either is
 // the largest model they can describe, and it must run like any other.
 TEST(BatchRun, ModelsAtTheCeilingOfTheFormatsRunThrough) {

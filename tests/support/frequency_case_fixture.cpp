@@ -31,7 +31,8 @@ std::string FrequencyCaseBytes(const FrequencyCaseData& data) {
             }
         }
     } else if (data.MassForm == 1 || data.MassForm == 2) {
-        bytes += BytesI32(data.MassCount >= 0 ? data.MassCount : static_cast<std::int32_t>(data.Masses.size()));
+        bytes +=
+            BytesI32(data.MassCount >= 0 ? data.MassCount : static_cast<std::int32_t>(data.Masses.size()));
         for (double mass : data.Masses) bytes += BytesF64(mass);
     }
     return bytes;
