@@ -1,12 +1,10 @@
 // What the programs say to the person who runs them: TreModal's own options,
-// the plain line behind a failed batch run's log line, a run without
-// settings, and the example tool's options.
+// the hand-over to the windows program, and the example tool's options.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 
-#include "support/frequency_case_fixture.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {
@@ -14,35 +12,11 @@ namespace {
 
 using testing::Exists;
 using testing::ModelFixture;
+using testing::ProgramRun;
 using testing::ReadFile;
 using testing::RunCommand;
+using testing::RunProgram;
 using testing::TempDir;
-using testing::WriteFile;
-
-struct Output {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-// Runs a program in dir with the given settings directory and no screen
-// (or, with `screen`, DISPLAY set and the offscreen platform standing in for
-// the window system), catching both streams.
-Output RunIn(const TempDir& dir, const std::string& program, const std::string& arguments,
-             const std::string& config, bool screen = false) {
-    const std::string display =
-        screen ? "DISPLAY=:99 QT_QPA_PLATFORM=offscreen" : "-u DISPLAY -u WAYLAND_DISPLAY";
-    const std::string command = "cd '" + dir.Path() + "' && env " + display + " XDG_CONFIG_HOME='" + config +
-                                "' timeout 60 '" + program + "' " + arguments + " > '" + dir.File("out.txt") +
-                                "' 2> '" + dir.File("err.txt") + "' < /dev/null";
-    Output result;
-    result.status = RunCommand(command);
-    result.out = ReadFile(dir.File("out.txt"));
-    result.err = ReadFile(dir.File("err.txt"));
-    std::filesystem::remove(dir.File("out.txt"));
-    std::filesystem::remove(dir.File("err.txt"));
-    return result;
-}
 
 std::size_t Lines(const std::string& text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
@@ -61,9 +35,7 @@ TEST(WindowsProgram, AScreenHandsTheRunOnAndABatchRunNeedsNone) {
     ModelFixture f;
     f.WriteStandInCasepost();
     f.WriteFrequencyCase();
-    WriteFile(f.File(".USM1"), testing::kFreshOptionsFile);
-    const std::string config = testing::WriteSettingsIn(f.dir.Path());
-    const Output onScreen = RunIn(f.dir, TREMODAL_BIN, "1/20/", config, true);
+    const ProgramRun onScreen = f.Run("3/20/", {.screen = true});
     EXPECT_EQ(onScreen.status, 0) << onScreen.err;
     EXPECT_TRUE(Exists(f.File(".L20")));
 
@@ -72,22 +44,22 @@ TEST(WindowsProgram, AScreenHandsTheRunOnAndABatchRunNeedsNone) {
     const std::string program = alone.File("TreModal");
     std::filesystem::copy_file(TREMODAL_BIN, program);
     std::filesystem::remove(f.File(".L20"));
-    const Output batch = RunIn(f.dir, program, "1/20/", config, true);
+    const ProgramRun batch = RunProgram(program, f.dir.Path(), "3/20/", {.screen = true});
     EXPECT_EQ(batch.status, 0) << batch.err;
     EXPECT_TRUE(Exists(f.File(".L20")));
-    const Output charts =
-        RunIn(f.dir, program, "--report 1 --plots '" + alone.File("plots") + "'", config, true);
-    EXPECT_EQ(charts.status, 2);
-    EXPECT_EQ(charts.err, "TreModal: --plots needs tremodal-view beside TreModal\n");
+    for (const std::string plots : {" --plots '", " --plots='"}) {
+        const ProgramRun charts = RunProgram(
+            program, f.dir.Path(), "--report 3" + plots + alone.File("plots") + "'", {.screen = true});
+        EXPECT_EQ(charts.status, 2);
+        EXPECT_EQ(charts.err, "TreModal: --plots needs tremodal-view beside TreModal\n");
+    }
 }
 
 TEST(OwnOptions, HelpAndVersionAnswerOnStandardOutputAndOthersAreUsageErrors) {
     ModelFixture f;
     f.WriteStandInCasepost();
     f.WriteFrequencyCase();
-    const std::string config = testing::WriteSettingsIn(f.dir.Path());
-
-    const Output help = RunIn(f.dir, TREMODAL_BIN, "--help", config);
+    const ProgramRun help = f.Run("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.err, "");
     EXPECT_EQ(help.out.rfind("Usage: TreModal OPTIONS/CASE/[PHASE/]", 0), 0u) << help.out;
@@ -96,14 +68,14 @@ TEST(OwnOptions, HelpAndVersionAnswerOnStandardOutputAndOthersAreUsageErrors) {
         EXPECT_NE(help.out.find(part), std::string::npos) << part;
     }
 
-    const Output version = RunIn(f.dir, TREMODAL_BIN, "--version", config);
+    const ProgramRun version = f.Run("--version");
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.out, "TreModal 3-2-7\n");
     EXPECT_EQ(version.err, "");
 
     // Never a batch run: nothing is read, run or logged.
     for (const char* arguments : {"--frobnicate", "--help 3/7/", "--version=2", "--"}) {
-        const Output wrong = RunIn(f.dir, TREMODAL_BIN, arguments, config);
+        const ProgramRun wrong = f.Run(arguments);
         EXPECT_EQ(wrong.status, 2) << arguments;
         EXPECT_EQ(wrong.out, "") << arguments;
         EXPECT_EQ(Lines(wrong.err), 1u) << wrong.err;
@@ -117,7 +89,7 @@ TEST(OwnOptions, HelpAndVersionAnswerOnStandardOutputAndOthersAreUsageErrors) {
 
 TEST(ExampleTool, HelpUsageErrorsAndMissingValuesWriteNothing) {
     TempDir cwd;
-    const Output help = RunIn(cwd, EXAMPLE_TOOL, "--help", cwd.Path());
+    const ProgramRun help = RunProgram(EXAMPLE_TOOL, cwd.Path(), "--help", {.config = cwd.Path()});
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.err, "");
     EXPECT_EQ(help.out.rfind("usage: make_example_model DIR [options]\n", 0), 0u) << help.out;
@@ -135,7 +107,7 @@ TEST(ExampleTool, HelpUsageErrorsAndMissingValuesWriteNothing) {
         {"model --comb MEAN", "--comb is SRSS, CQC, GROUP, DSM or ABS"},
     };
     for (const Case& c : cases) {
-        const Output wrong = RunIn(cwd, EXAMPLE_TOOL, c.arguments, cwd.Path());
+        const ProgramRun wrong = RunProgram(EXAMPLE_TOOL, cwd.Path(), c.arguments, {.config = cwd.Path()});
         EXPECT_EQ(wrong.status, 2) << c.arguments;
         EXPECT_EQ(wrong.out, "") << c.arguments;
         EXPECT_EQ(wrong.err,
