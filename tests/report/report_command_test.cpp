@@ -116,7 +116,9 @@ TEST(Report, TheFramesTablesAndSummaryToTheLastDigit) {
              "  90 % is not reached; 25.00 % is left to the missing mass (off: left out)",
              "Direction 6, Rotation (Major wave), factor 0.002125, inertia 1.160E+02",
              "     1      1.592     0.6283   1.000E+02     86.21",
+             "            acceleration, factor 9.81, linear interpolation",
              "  Direction                       SRSS         CQC*  10% Group         DSM     ABS Sum",
+             "  1 Principal (Major wave)   2.207E+01   2.207E+01   2.207E+01   2.207E+01   2.207E+01",
          }) {
         EXPECT_NE(run.out.find("\n" + std::string(line) + "\n"), std::string::npos) << line << " in\n"
                                                                                     << run.out;
