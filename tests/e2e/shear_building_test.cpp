@@ -150,38 +150,5 @@ TEST(ShearBuilding, AllModesReachTheWholeMassAndFewerLeaveTheRestMissing) {
     }
 }
 
-TEST(ShearBuilding, PrincipalAngleSplitsTheMotionAndRotationsUseTheHeights) {
-    BuildingRun run;
-    run.state.Options.PrincipalAngle = 30;
-    run.RunDirection(1);
-    const RunState& s = run.state;
-    const double c = std::cos(30 * example::kPi / 180), sn = std::sin(30 * example::kPi / 180);
-    for (int floor = 1; floor <= 5; ++floor) {
-        ExpectNear(s.Excitation(run.Equation(floor, 1)), c, "x excitation");
-        ExpectNear(s.Excitation(run.Equation(floor, 3)), sn, "z excitation");
-    }
-    const std::vector<BuildingMode> modes = SortedModes(run.building);
-    for (std::size_t i = 0; i < modes.size(); ++i) {
-        const double along = modes[i].Family == Sway::X ? c : sn;
-        ExpectNear(s.Participation(i32(i + 1)), along * example::ParticipationFactor(5, 1000, modes[i].Order),
-                   "participation at 30 degrees, mode " + std::to_string(i + 1), 5e-6);
-    }
-
-    // A rotation about the major wave axis (here x) moves each floor in z by
-    // its height above the datum; one about the minor wave axis moves it in x
-    // by minus its height.
-    run.state.Options.PrincipalAngle = 0;
-    run.state.Options.GroundY = 1.5f;
-    run.RunDirection(4);
-    for (int floor = 1; floor <= 5; ++floor) {
-        ExpectNear(s.Excitation(run.Equation(floor, 3)), floor * 3.0 - 1.5, "z arm of rotation 4");
-        EXPECT_EQ(s.Excitation(run.Equation(floor, 1)), 0.0f);
-    }
-    run.RunDirection(6);
-    for (int floor = 1; floor <= 5; ++floor) {
-        ExpectNear(s.Excitation(run.Equation(floor, 1)), -(floor * 3.0 - 1.5), "x arm of rotation 6");
-    }
-}
-
 }  // namespace
 }  // namespace tremodal
