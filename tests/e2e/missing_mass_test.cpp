@@ -101,7 +101,8 @@ TEST(MissingMass, TwoPassesWithTheSolverBetween) {
     const std::string& p = model.path;
 
     // First pass: one load case per translational direction that is on.
-    EXPECT_OUTCOME(model, model.Run("1/20/1/"), testing::RanOn(""));
+    ASSERT_EQ(model.Run("1/20/1/").status, 0);
+    EXPECT_TRUE(Exists(model.dir.File("casepost.out")));
     EXPECT_TRUE(Exists(p + ".L10"));
     EXPECT_FALSE(Exists(p + ".L11"));
     EXPECT_TRUE(Exists(p + ".L12"));
