@@ -190,36 +190,10 @@ ExampleModel::ExampleModel(const std::string& toolOptions) : ModelFixture("SHEAR
     WriteStandInCasepost();
 }
 
-int ResponseFile::Nodes() const {
-    std::int16_t n;
-    std::memcpy(&n, bytes.data(), 2);
-    return n;
-}
-
-int ResponseFile::Rows() const {
-    std::int32_t n;
-    std::memcpy(&n, bytes.data() + 6, 4);
-    return n;
-}
-
-std::size_t ResponseFile::At(int row, int node, int freedom) const {
-    return 16 + 8 * std::size_t(Rows()) + 48 * std::size_t(Nodes()) * std::size_t(row - 1) +
-           48 * std::size_t(node - 1) + 8 * std::size_t(freedom - 1);
-}
-
-int ResponseFile::Equation(int row, int node, int freedom) const {
-    const std::size_t at = At(row, node, freedom);
-    if (at + 4 > bytes.size()) throw std::runtime_error("modal response file too short");
-    std::int32_t e;
-    std::memcpy(&e, bytes.data() + at, 4);
-    return e;
-}
-
-float ResponseFile::F32(std::size_t at) const {
-    if (at + 4 > bytes.size()) throw std::runtime_error("modal response file too short");
-    float v;
-    std::memcpy(&v, bytes.data() + at, 4);
-    return v;
+ResponseFile ResponseFile::Of(std::string bytes) {
+    ResponseFile file;
+    file.bytes = std::move(bytes);
+    return file;
 }
 
 }  // namespace tremodal::testing

@@ -6,7 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <functional>
+#include <stdexcept>
 #include <string>
 
 #include "base/run_state.h"
@@ -123,19 +126,31 @@ struct ExampleModel : ModelFixture {
 // mode of 6 freedoms a node, 8 bytes each (i32 equation, f32 displacement).
 struct ResponseFile {
     std::string bytes;
+    ResponseFile() = default;
     explicit ResponseFile(const std::string& path) : bytes(ReadFile(path)) {}
+    static ResponseFile Of(std::string bytes);
 
-    int Nodes() const;
-    int Rows() const;
-    float Omega(int row) const { return F32(16 + 8 * std::size_t(row - 1)); }
-    float Damping(int row) const { return F32(16 + 8 * std::size_t(row - 1) + 4); }
+    int Nodes() const { return Get<std::int16_t>(0); }
+    int Rows() const { return Get<std::int32_t>(6); }
+    float Omega(int row) const { return Get<float>(16 + 8 * std::size_t(row - 1)); }
+    float Damping(int row) const { return Get<float>(20 + 8 * std::size_t(row - 1)); }
     // The freedom's place in the block of the row's mode.
-    std::size_t At(int row, int node, int freedom) const;
-    int Equation(int row, int node, int freedom) const;
-    float Value(int row, int node, int freedom) const { return F32(At(row, node, freedom) + 4); }
+    std::size_t At(int row, int node, int freedom) const {
+        return 16 + 8 * std::size_t(Rows()) + 48 * std::size_t(Nodes()) * std::size_t(row - 1) +
+               48 * std::size_t(node - 1) + 8 * std::size_t(freedom - 1);
+    }
+    int Equation(int row, int node, int freedom) const { return Get<std::int32_t>(At(row, node, freedom)); }
+    float Value(int row, int node, int freedom) const { return Get<float>(At(row, node, freedom) + 4); }
     // The size the head promises.
     std::size_t Size() const { return At(Rows() + 1, 1, 1); }
-    float F32(std::size_t at) const;
+
+    template <class T>
+    T Get(std::size_t at) const {
+        if (at + sizeof(T) > bytes.size()) throw std::runtime_error("modal response file too short");
+        T value;
+        std::memcpy(&value, bytes.data() + at, sizeof(T));
+        return value;
+    }
 };
 
 }  // namespace tremodal::testing
