@@ -47,10 +47,9 @@ void EditOptions(const std::string& modelPath, const std::string& number,
 std::string FailureLine(int number, int stage);
 
 // How a batch run ended: its status; the line it added to the log (the
-// model's, or logFile beside it), "" for none; its standard error, with
-// <M> for the model's path and <D> for its directory; whether casepost
-// ran. A run that ends normally leaves
-// response.cnt, one that fails does not.
+// model's, or logFile beside it), "" for none; its standard error, with <M>
+// for the model's path and <D> for its directory; whether casepost ran. A
+// plain run that ends normally leaves response.cnt, one that fails does not.
 struct Outcome {
     int status;
     std::string log;
