@@ -151,6 +151,14 @@ std::vector<Row> Rows() {
         {"an infinity in a mode shape",
          Case([](FrequencyCaseData& c) { c.Shapes[1][2] = -std::numeric_limits<float>::infinity(); }), "3/7/",
          Failed(6, 102, "<M>.H1: in its mode shapes, overflow: -Inf does not fit a single")},
+        // Responses are checked equation by equation, the modes in order
+        // within each: equation 2 of mode 2 (0.5 x 9.81 x 3e38) comes before
+        // equation 6 of mode 1 (1.5 x 9.81 x 3e38).
+        {"responses too large in mode 2 at equation 2 and in mode 1 at 6", Case([](FrequencyCaseData& c) {
+             c.Shapes[0][6] = c.Shapes[1][2] = 3e38f;
+             c.Shapes[1][1] = 0.5f;
+         }),
+         "3/7/", Failed(6, 102, analysis + "overflow: 1.47150010140194E+39 does not fit a single")},
         {"an eigenvalue whose root no single holds",
          Case([](FrequencyCaseData& c) { c.Eigenvalues[1] = 1e80; }), "3/7/",
          Failed(6, 102, analysis + "overflow: 1E+80 does not fit a single")},
@@ -250,13 +258,16 @@ std::vector<Row> Rows() {
 
 TEST(FailureRoutes, EachBrokenInputEndsOnItsRoute) {
     for (const Row& row : Rows()) {
-        SCOPED_TRACE(row.what);
-        ModelFixture f;
-        f.WriteStandInCasepost();
-        f.WriteFrequencyCase();
-        if (row.broken) row.broken(f);
-        const testing::ProgramRun run = f.Run(row.commandLine, {.seconds = 10});
-        EXPECT_OUTCOME(f, run, row.outcome);
+        for (const std::string threads : {"1", "3"}) {
+            SCOPED_TRACE(row.what + " on threads " + threads);
+            ModelFixture f;
+            f.WriteStandInCasepost();
+            f.WriteFrequencyCase();
+            if (row.broken) row.broken(f);
+            const std::string environment = "TREMODAL_SMALL_SHARES=1 TREMODAL_THREADS=" + threads;
+            EXPECT_OUTCOME(f, f.Run(row.commandLine, {.environment = environment, .seconds = 10}),
+                           row.outcome);
+        }
     }
 }
 
