@@ -8,7 +8,6 @@
 #include "input/options_file.h"
 #include "run/analysis_driver.h"
 #include "run/startup.h"
-#include "support/frequency_case_fixture.h"
 
 namespace tremodal::testing {
 
@@ -188,12 +187,6 @@ ExampleModel::ExampleModel(const std::string& toolOptions) : ModelFixture("SHEAR
         RunProgram(EXAMPLE_TOOL, dir.Path(), "'" + dir.Path() + "' --name-file " + toolOptions);
     if (tool.status != 0) throw std::runtime_error("example tool failed: " + toolOptions + ": " + tool.err);
     WriteStandInCasepost();
-}
-
-ResponseFile ResponseFile::Of(std::string bytes) {
-    ResponseFile file;
-    file.bytes = std::move(bytes);
-    return file;
 }
 
 }  // namespace tremodal::testing
