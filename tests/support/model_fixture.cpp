@@ -117,8 +117,10 @@ void SetOptionsLine(const std::string& path, const std::string& label, const std
     WriteFile(path, text);
 }
 
-Outcome Failed(int number, int stage, const std::string& plain) {
-    return Told(FailureLine(number, stage), plain);
+Outcome Failed(int number, int stage, const std::string& plain, const std::string& logFile) {
+    Outcome outcome = Told(FailureLine(number, stage), plain);
+    outcome.logFile = logFile;
+    return outcome;
 }
 
 Outcome Told(const std::string& line, const std::string& plain) {

@@ -61,7 +61,8 @@ struct Outcome {
     std::string logFile = "";
 };
 // Failure `number` at `stage`: the generic line, then the plain one.
-Outcome Failed(int number, int stage, const std::string& plain);
+// The log is the model's, or logFile beside it.
+Outcome Failed(int number, int stage, const std::string& plain, const std::string& logFile = "");
 // A failure that logs a line of its own.
 Outcome Told(const std::string& line, const std::string& plain);
 // A run that went through to casepost with this on standard error.
