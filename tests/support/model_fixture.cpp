@@ -11,48 +11,24 @@
 
 namespace tremodal::testing {
 
-namespace {
-
-const char* const kSizeFile =
-    "\"VARNEK\"\r\n"
-    "FRAME\r\n"
-    "\"Portal frame, two bays\"\r\n"
-    "x1\r\nx2\r\nx3\r\n"
-    "5,0,4,0\r\n"
-    "t1\r\nt2\r\nt3\r\nt4\r\nt5\r\nt6\r\nt7\r\n"
-    "1\r\n";
-
-}  // namespace
-
 const char* const kFreshOptionsFile =
-    "Frequency (Mass) Case Number         ,1\r\n"
-    "Results Case Number                  ,20\r\n"
-    "Single Mode (non-zero is active)     , 0 \r\n"
-    "Response Spectrum File               ,MODEL.URS1\r\n"
-    "Spectrun Type  0-Disp 1-Vel 2-Accel  , 2\r\n"
-    "Specrum Curve Factor                 , 9.81\r\n"
-    "Principal Direction                  , 0\r\n"
-    "Interpolation Method 0-Linear 1-Log  , 0\r\n"
-    "Spectrum Direction Definition\r\n"
-    "Dir Factors   On/Off\r\n"
-    " 1             1 \r\n"
-    " 0.5           0 \r\n"
-    " 0.7           0 \r\n"
-    " 0.0014875     0 \r\n"
-    " 0.0025        0 \r\n"
-    " 0.002125      0 \r\n"
+    "Frequency (Mass) Case Number         ,1\r\nResults Case Number                  ,20\r\n"
+    "Single Mode (non-zero is active)     , 0 \r\nResponse Spectrum File               ,MODEL.URS1\r\n"
+    "Spectrun Type  0-Disp 1-Vel 2-Accel  , 2\r\nSpecrum Curve Factor                 , 9.81\r\n"
+    "Principal Direction                  , 0\r\nInterpolation Method 0-Linear 1-Log  , 0\r\n"
+    "Spectrum Direction Definition\r\nDir Factors   On/Off\r\n 1             1 \r\n 0.5           0 \r\n"
+    " 0.7           0 \r\n 0.0014875     0 \r\n 0.0025        0 \r\n 0.002125      0 \r\n"
     "Subsoil Shear Wave veleocity           , 400\r\n"
-    "Rotation Datum (Ground)   X   Y   Z    , 0  0  0 \r\n"
-    "Modal Combination Method               , 1 \r\n"
-    "Earthquake Duration (Secs)             , 10\r\n"
-    "Modal Damping Ratio                    , .05\r\n"
-    "Element force sign is based on Mode    , 0 \r\n"
-    "Missing Mass Case (1 is active)        , 0 ,0\r\n"
+    "Rotation Datum (Ground)   X   Y   Z    , 0  0  0 \r\nModal Combination Method               , 1 \r\n"
+    "Earthquake Duration (Secs)             , 10\r\nModal Damping Ratio                    , .05\r\n"
+    "Element force sign is based on Mode    , 0 \r\nMissing Mass Case (1 is active)        , 0 ,0\r\n"
     "ZPZ Option (1 is higest mode)          , 1 \r\n";
 
 ModelFixture::ModelFixture() : modelPath(dir.File("FRAME")) {
     WriteFile(dir.File("MODEL.NAM"), "\"" + modelPath + "\",\"FRAME\"\r\n");
-    WriteFile(File(".XSZ"), kSizeFile);
+    WriteFile(File(".XSZ"),
+              "\"VARNEK\"\r\nFRAME\r\n\"Portal frame, two bays\"\r\nx1\r\nx2\r\nx3\r\n5,0,4,0\r\n"
+              "t1\r\nt2\r\nt3\r\nt4\r\nt5\r\nt6\r\nt7\r\n1\r\n");
     std::string coordinates;
     for (int n = 1; n <= 4; ++n) {
         coordinates += BytesI16(static_cast<std::int16_t>(n)) + BytesF32(float(n)) + BytesF32(2.0f * n) +
