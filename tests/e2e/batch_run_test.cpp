@@ -12,12 +12,7 @@
 namespace tremodal {
 namespace {
 
-using testing::EditOptions;
-using testing::Exists;
-using testing::ModelFixture;
-using testing::ReadFile;
-using testing::ResponseFile;
-using testing::WriteFile;
+using namespace testing;
 
 // A duration below a tenth of a second goes to casepost as 0.1.
 TEST(BatchRun, RunsThroughToCasepostAndEndsWithIt) {

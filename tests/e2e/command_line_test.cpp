@@ -11,10 +11,7 @@
 namespace tremodal {
 namespace {
 
-using testing::Exists;
-using testing::ProgramRun;
-using testing::RunProgram;
-using testing::TempDir;
+using namespace testing;
 
 // TreModal loads no window system; a screen hands the run to the windows
 // program beside it, and without that program a batch run still runs and

@@ -25,18 +25,7 @@
 namespace tremodal {
 namespace {
 
-using testing::EditOptions;
-using testing::Exists;
-using testing::Failed;
-using testing::FailureLine;
-using testing::FailureOf;
-using testing::FrequencyCaseData;
-using testing::ModelFixture;
-using testing::Outcome;
-using testing::RanOn;
-using testing::ReadFile;
-using testing::Told;
-using testing::WriteFile;
+using namespace testing;
 
 // 0 a FIFO, 1 a directory, 2 a link to /dev/zero.
 constexpr int kKinds[] = {0, 1, 2};

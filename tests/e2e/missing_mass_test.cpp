@@ -13,10 +13,7 @@
 namespace tremodal {
 namespace {
 
-using testing::Exists;
-using testing::ReadFile;
-using testing::ResponseFile;
-using testing::WriteFile;
+using namespace testing;
 
 // The sum of one column of a load case's node force lines, and their count.
 std::pair<double, int> Loads(const std::string& path, int column) {

@@ -17,8 +17,7 @@
 namespace tremodal {
 namespace {
 
-using testing::ReadFile;
-using testing::WriteFile;
+using namespace testing;
 
 TEST(ThreadCount, SameFilesOnOneThreadAndThree) {
     for (const std::string method : {"SRSS", "CQC", "GROUP", "DSM", "ABS"}) {

@@ -18,11 +18,7 @@
 namespace tremodal {
 namespace {
 
-using testing::EditOptions;
-using testing::ModelFixture;
-using testing::ProgramRun;
-using testing::ReadFile;
-using testing::TempDir;
+using namespace testing;
 
 // A single as the tables show it: nine significant digits, enough to give
 // the single back, in the general form of %g.
