@@ -156,23 +156,17 @@ std::string ThreeDecimalsText(double value) {
     return text;
 }
 
-int FailureOf(const std::function<void()>& operation) {
+// The number and the description of the failure an operation ends with.
+static std::pair<int, std::string> Caught(const std::function<void()>& operation) {
     try {
         operation();
     } catch (const Failure& failure) {
-        return failure.Number();
+        return {failure.Number(), failure.what()};
     }
-    return 0;
+    return {0, ""};
 }
-
-std::string MessageOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-    return "";
-}
+int FailureOf(const std::function<void()>& operation) { return Caught(operation).first; }
+std::string MessageOf(const std::function<void()>& operation) { return Caught(operation).second; }
 
 template <class T>
 static std::string Bytes(T v) {
