@@ -1,40 +1,70 @@
-// The controls of the dialog against ResponseOptions, and the key filters,
-// without any window.
+// The dialog's logic without a window: its controls against ResponseOptions,
+// the key filters, and the commands behind its buttons on the example model
+// in a temporary directory, with the prompts answered, the messages caught
+// and the screen recorded.
 #include "dialog/form2.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "dialog/commands.h"
 #include "input/options_file.h"
-#include "support/test_support.h"
+#include "run/startup.h"
+#include "support/model_fixture.h"
 
 namespace tremodal {
 namespace {
 
-using testing::MessageOf;
-using testing::TempDir;
+using testing::Exists;
+using testing::ReadFile;
 using testing::WriteFile;
+using Lines = std::vector<std::string>;
 
-struct FreshForm {
+struct Dialog {
+    testing::TempDir dir;
+    testing::FakeHost host;
+    testing::FakeDialogHost screen;
     RunState state;
     Form2 form;
-    FreshForm() {
-        state.Model.ModelPath = "/jobs/FRAME";
+
+    Dialog() {
+        if (testing::RunCommand("'" EXAMPLE_TOOL "' '" + dir.Path() + "' --name-file > /dev/null") != 0)
+            throw std::runtime_error("example tool failed");
+        host.Files1 = dir.Path();
+        host.Files2 = dir.File("bin");
+        state.Ui = &host;
+        if (Main(state, "") != StartOutcome::Dialog) throw std::runtime_error("start-up failed");
+        form.Screen = &screen;
         Form_Load(state, form);
+    }
+    // A run moves into the model's directory, which goes with the test.
+    ~Dialog() { std::filesystem::current_path(std::filesystem::temp_directory_path()); }
+
+    std::string File(const std::string& suffix) const { return dir.File("SHEAR" + suffix); }
+    // What a run needs: a frequency case, a results case and the curve.
+    void FillIn() {
+        form.txtCase[0] = "1";
+        form.txtCase[1] = "20";
+        state.Options.SpectrumFile = File(".URS1");
+    }
+    void Click1(int index, const std::string& answer) {
+        host.PromptAnswers = {answer};
+        Command1_Click(state, form, index);
     }
 };
 
 TEST(Form2, SetDefRoundsModesDownTrimsCasesAndSurvivesAZeroVelocity) {
-    FreshForm f;
-    f.form.txtCase = {"  2", " 20 ", " 7", "2.7", "-2.5"};
-    f.form.txtFact[2] = "0";
-    f.form.optComb = -1;
-    f.state.Options.CombMethod = 4;
-    f.form.optInterp = 1;
-    SetDef(f.state, f.form);
-    const ResponseOptions& o = f.state.Options;
-    EXPECT_EQ(o.FreqCase, "2");
-    EXPECT_EQ(o.ResultsCase, "20 ");
-    EXPECT_EQ(o.MissMassStartCase, "7");
+    RunState state;
+    Form2 form;
+    form.txtCase = {"  2", " 20 ", " 7", "2.7", "-2.5"};
+    form.txtFact[2] = "0";
+    form.optComb = -1;
+    state.Options.CombMethod = 4;
+    form.optInterp = 1;
+    SetDef(state, form);
+    const ResponseOptions& o = state.Options;
+    EXPECT_EQ(o.FreqCase + "|" + o.ResultsCase + "|" + o.MissMassStartCase, "2|20 |7");
     EXPECT_EQ(o.SingleMode, 2);
     EXPECT_EQ(o.ForceSignMode, -3);
     for (int d = 4; d <= 6; ++d) EXPECT_EQ(o.DirFactor(d), 0.0f) << "direction " << d;
@@ -42,84 +72,242 @@ TEST(Form2, SetDefRoundsModesDownTrimsCasesAndSurvivesAZeroVelocity) {
     EXPECT_EQ(o.InterpMethod, 1);
 }
 
-TEST(Form2, AFieldThatIsNoNumberIsNamedAndNothingIsTaken) {
-    FreshForm f;
-    SetDef(f.state, f.form);
-    f.form.txtFact[1] = "0.9";
-    f.form.txtDampR = "abc";
-    EXPECT_EQ(MessageOf([&] { SetDef(f.state, f.form); }), "Damping Ratio: \"abc\" is not a number");
-    EXPECT_EQ(f.state.Options.DirFactor(2), 0.5f);
-
-    f.form.txtDampR = "0.05";
-    for (const char* text : {"", "-", "1/2"}) {
-        f.form.txtDir = text;
-        EXPECT_EQ(MessageOf([&] { SetDef(f.state, f.form); }),
-                  "Principal Direction Angle: \"" + std::string(text) + "\" is not a number");
-    }
-    f.form.txtDir = "0";
-    f.form.txtCase[3] = "32768";
-    EXPECT_EQ(MessageOf([&] { SetDef(f.state, f.form); }), "Use only one mode: \"32768\" is out of range");
-}
-
 TEST(Form2, SetOptShowsTheOptionsButLeavesShearAccelAndAVanishedCurve) {
-    TempDir dir;
-    FreshForm f;
-    ResponseOptions& o = f.state.Options;
+    testing::TempDir dir;
+    RunState state;
+    Form2 form;
+    ResponseOptions& o = state.Options;
     SetFreshOptions(o);
     o.DampingRatio = 0.02f;
     o.CombMethod = 7;
     o.MissMassOn = 1;
     o.SpectrumFile = dir.File("gone.URS");
-    f.form.optComb = 3;
-    f.form.chkShear = 1;
-    f.form.chkAccel = 1;
-    f.form.Label5 = "Respons File:old.URS";
-    SetOpt(f.state, f.form);
-    EXPECT_EQ(f.form.txtDampR, "0.02");
-    EXPECT_EQ(f.form.optComb, 3);  // method 7 names no button
-    EXPECT_EQ(f.form.chkMissMass, 1);
-    EXPECT_EQ(f.form.chkShear, 1);
-    EXPECT_EQ(f.form.chkAccel, 1);
-    EXPECT_EQ(f.form.Label5, "Respons File:old.URS");
+    form.optComb = 3;
+    form.chkShear = form.chkAccel = 1;
+    form.Label5 = "Respons File:old.URS";
+    SetOpt(state, form);
+    EXPECT_EQ(form.txtDampR, "0.02");
+    EXPECT_EQ(form.optComb, 3);  // method 7 names no button
+    EXPECT_EQ(form.chkMissMass + 10 * form.chkShear + 100 * form.chkAccel, 111);
+    EXPECT_EQ(form.Label5, "Respons File:old.URS");
 
     WriteFile(o.SpectrumFile, "0,1\r\n");
     o.SpectrumType = 5;
     o.ZpaHighestMode = 0;
-    f.form.optSpect = 1;
-    EXPECT_EQ(MessageOf([&] { SetOpt(f.state, f.form); }),
+    form.optSpect = 1;
+    EXPECT_EQ(testing::MessageOf([&] { SetOpt(state, form); }),
               "Spectrum type 5 of the options names no curve kind");
-    EXPECT_EQ(f.form.optSpect, 1);
-    EXPECT_EQ(f.form.Label5, "Respons File:" + o.SpectrumFile);
-    EXPECT_EQ(f.form.chkZPA, 0);  // the controls behind the curve kind are set all the same
+    EXPECT_EQ(form.optSpect, 1);
+    EXPECT_EQ(form.Label5, "Respons File:" + o.SpectrumFile);
+    EXPECT_EQ(form.chkZPA, 0);  // the controls behind the curve kind are set all the same
 }
 
-// What each filter makes of a typed character: the code that reaches the
-// field, 0 when it is dropped.
-i16 Typed(void (*filter)(i16&), char c) {
-    i16 key = static_cast<unsigned char>(c);
-    filter(key);
-    return key;
-}
-
+// Digits, the sign, the point, the blank, the comma, the slash and control
+// keys pass (all below ":"), of the letters only E; the factor fields raise
+// a small e, the case and angle fields drop it. \xe9 is a letter beyond ASCII.
 TEST(Form2, KeyFiltersPassNumbersAndCapitalEOnly) {
-    auto factor = [](i16& k) { txtFact_KeyPress(1, k); };
-    auto ground = [](i16& k) { txtGround_KeyPress(0, k); };
-    auto caseField = [](i16& k) { txtCase_KeyPress(3, k); };
-    void (*raising[])(i16&) = {factor, ground, txtCurve_KeyPress};
-    void (*plain[])(i16&) = {caseField, txtDir_KeyPress};
-    for (auto filter : raising) {
-        EXPECT_EQ(Typed(filter, 'e'), 'E');
-        EXPECT_EQ(Typed(filter, 'E'), 'E');
+    const struct {
+        void (*filter)(i16&);
+        const char* passed;
+    } filters[] = {{txtCurve_KeyPress, "0123456789-+./, \bEE"}, {txtDir_KeyPress, "0123456789-+./, \bE"}};
+    for (const auto& row : filters) {
+        std::string passed;
+        for (char c : std::string("0123456789-+./, \beEDFx:;=?~\xe9")) {
+            i16 key = static_cast<unsigned char>(c);
+            row.filter(key);
+            if (key != 0) passed += char(key);
+        }
+        EXPECT_EQ(passed, row.passed);
     }
-    for (auto filter : plain) {
-        EXPECT_EQ(Typed(filter, 'e'), 0);
-        EXPECT_EQ(Typed(filter, 'E'), 'E');
+}
+
+TEST(Form2Commands, ExecuteWritesTheOptionsRunsShowsTheReportAndStartsCasepost) {
+    Dialog d;
+    d.FillIn();
+    d.Click1(0, " 4 ");
+    EXPECT_EQ(d.host.Messages, Lines{});
+    EXPECT_EQ(d.host.PromptQuestions,
+              Lines{"Save Response Spectrum Options|Enter Spectral Response Options Number |1"});
+    EXPECT_EQ(ReadFile(d.File(".USM4")), testing::kFreshOptionsFile);
+    EXPECT_TRUE(Exists(d.File(".L20")));
+    EXPECT_EQ(std::filesystem::current_path(), d.dir.Path());
+    EXPECT_FALSE(d.state.List1.empty());
+    EXPECT_TRUE(d.form.List1Visible && d.form.CopyVisible);
+    EXPECT_EQ(d.screen.Cursor, (std::vector<bool>{true, false}));
+    EXPECT_EQ(d.screen.Refreshes, 1);
+    EXPECT_EQ(d.host.ChildrenStarted, Lines{d.dir.File("bin/casepost")});
+
+    // Execute(Partial), missing mass off: the first pass runs, no results case, no casepost.
+    std::filesystem::remove(d.File(".L20"));
+    d.Click1(2, "4");
+    EXPECT_EQ(d.state.RunPhase, 1);
+    EXPECT_FALSE(d.state.List1.empty());
+    EXPECT_FALSE(Exists(d.File(".L20")));
+    EXPECT_EQ(d.host.ChildrenStarted.size(), 1u);
+}
+
+// The options are written first, whichever button; then the guards speak
+// in their order, also after a cancelled prompt, and nothing runs.
+TEST(Form2Commands, GuardsSpeakInTheirOrderAfterTheOptionsAreWritten) {
+    const struct {
+        const char *freqCase, *resultsCase;
+        bool curve;
+        int button;
+        const char *answer, *message;
+    } guards[] = {
+        {"", "20", true, 0, "5", "Frequency Case does not Exist"},
+        {"1", "20", false, 0, "5", "Response Spectrum Data not Found"},
+        {"1", "", true, 2, "5", "Results Case not Defined"},
+        {"1", "20", true, 0, "", ""},
+        {"8", "20", true, 1, "", "Frequency Case does not Exist"},
+        {"1", "20", true, 3, "5", "Missing Mass not active - Use Batch button"},
+    };
+    for (const auto& row : guards) {
+        SCOPED_TRACE(row.message);
+        Dialog d;
+        d.form.txtCase[0] = row.freqCase;
+        d.form.txtCase[1] = row.resultsCase;
+        if (row.curve) d.state.Options.SpectrumFile = d.File(".URS1");
+        d.Click1(row.button, row.answer);
+        EXPECT_EQ(d.host.Messages, *row.message ? Lines{row.message} : Lines{});
+        EXPECT_EQ(d.host.MessageTitles, Lines(d.host.Messages.size(), "TREMODAL"));
+        EXPECT_EQ(Exists(d.File(".USM5")), *row.answer != 0);
+        EXPECT_FALSE(Exists(d.File(".L20")) || Exists(d.File(".BRM")) || !d.host.ChildrenStarted.empty());
     }
-    for (auto filter : {raising[0], raising[1], raising[2], plain[0], plain[1]}) {
-        for (char c : std::string("0123456789-+./, \b")) EXPECT_EQ(Typed(filter, c), c);
-        for (char c : std::string("a:;=?Dxz~")) EXPECT_EQ(Typed(filter, c), 0) << c;
-        EXPECT_EQ(Typed(filter, '\xe9'), 0);  // a letter beyond ASCII
+}
+
+TEST(Form2Commands, BatchButtonsAppendJobsToTheJobFileNamedByTheXbtFile) {
+    Dialog d;
+    d.FillIn();
+    d.Click1(1, "3");
+    d.Click1(1, "3");
+    EXPECT_EQ(ReadFile(d.File(".BRM")), "TreModal 3/20/\r\nTreModal 3/20/\r\n");
+
+    WriteFile(d.File(".xBt"), " B2,ignored\r\n");
+    d.form.chkMissMass = 1;
+    d.Click1(3, "3");
+    d.Click1(1, "3");
+    EXPECT_EQ(ReadFile(d.File(".B2")), "TreModal 3/20/1/\r\nLOADA C0\r\nOFRAME\r\nTreModal 3/20/2/\r\n");
+    EXPECT_EQ(d.host.Messages, Lines{});
+}
+
+// A failure inside a command is shown with its number and the dialog goes
+// on. A field that is not a number fails before anything is taken or asked;
+// a failure after the options were taken and written leaves them in memory.
+// Each row types 0.9 into the vertical factor and then presses Execute
+// under options number 6, unless its own command has failed already.
+TEST(Form2Commands, FailuresAreShownWithTheirNumberAndTheDialogGoesOn) {
+    const struct {
+        const char* message;  // DIR for the model's directory
+        std::function<void(Dialog&)> act;
+        bool taken;  // the options taken and their number asked
+    } failures[] = {
+        {"Error 62 - DIR/SHEAR.H1: ends at byte 10, inside its 40-byte header",
+         [](Dialog& d) { WriteFile(d.File(".H1"), ReadFile(d.File(".H1")).substr(0, 10)); }, true},
+        {"Error 13 - DSM Duration Secs: \"ten\" is not a number", [](Dialog& d) { d.form.txtTDur = "ten"; },
+         false},
+        {"Error 13 - Damping Ratio: \"abc\" is not a number", [](Dialog& d) { d.form.txtDampR = "abc"; },
+         false},
+        {"Error 13 - Principal Direction Angle: \"\" is not a number", [](Dialog& d) { d.form.txtDir = ""; },
+         false},
+        {"Error 13 - Principal Direction Angle: \"-\" is not a number",
+         [](Dialog& d) { d.form.txtDir = "-"; }, false},
+        {"Error 13 - Principal Direction Angle: \"1/2\" is not a number",
+         [](Dialog& d) { d.form.txtDir = "1/2"; }, false},
+        {"Error 6 - Use only one mode: \"32768\" is out of range",
+         [](Dialog& d) { d.form.txtCase[3] = "32768"; }, false},
+        {"Error 75 - DIR/SHEAR.USM6: is not a regular file",
+         [](Dialog& d) { std::filesystem::create_directory(d.File(".USM6")); }, true},
+        {"Error 53 - cannot start the editor DIR/bin/VarnekEdit",
+         [](Dialog& d) {
+             d.screen.EditorStarts = false;
+             Command6_Click(d.state, d.form);
+         },
+         false},
+    };
+    for (const auto& row : failures) {
+        SCOPED_TRACE(row.message);
+        Dialog d;
+        d.FillIn();
+        d.form.txtFact[1] = "0.9";
+        row.act(d);
+        if (d.host.Messages.empty()) d.Click1(0, "6");
+        std::string expected = row.message;
+        if (expected.find("DIR") != std::string::npos)
+            expected.replace(expected.find("DIR"), 3, d.dir.Path());
+        EXPECT_EQ(d.host.Messages, Lines{expected});
+        EXPECT_EQ(d.state.Options.DirFactor(2), row.taken ? 0.9f : 0.0f);
+        EXPECT_EQ(d.host.PromptQuestions.size(), row.taken ? 1u : 0u);
     }
+}
+
+TEST(Form2Commands, AFailedRunRestoresTheCursorAndTheNextRunGoesOn) {
+    Dialog d;
+    d.FillIn();
+    const std::string good = ReadFile(d.File(".H1"));
+    WriteFile(d.File(".H1"), good.substr(0, 10));
+    d.Click1(0, "1");
+    EXPECT_EQ(d.screen.Cursor, (std::vector<bool>{true, false}));
+    WriteFile(d.File(".H1"), good);
+    d.Click1(0, "1");
+    EXPECT_EQ(d.host.Messages.size(), 1u);
+    EXPECT_TRUE(Exists(d.File(".L20")));
+}
+
+TEST(Form2Commands, OpenOptionsAsksWithoutTheTrailingBlankAndShowsTheFile) {
+    Dialog d;
+    std::string stored = testing::kFreshOptionsFile;
+    stored.replace(stored.find(", .05"), 5, ", .07");
+    WriteFile(d.File(".USM8"), stored);
+    d.host.PromptAnswers = {"9", " 8 "};
+    Command5_Click(d.state, d.form, 0);
+    EXPECT_EQ(d.host.Messages, Lines{"Option file does not exist"});
+    EXPECT_EQ(d.state.Options.OptionsNumber, "");
+    Command5_Click(d.state, d.form, 0);
+    EXPECT_EQ(d.host.PromptQuestions[1],
+              "Load Response Spectrum Options|Enter Spectral Response Options Number|");
+    EXPECT_EQ(d.state.Options.OptionsNumber, "8");
+    EXPECT_EQ(d.form.txtDampR, "0.07");
+    EXPECT_EQ(d.form.Label5, "Respons File:" + d.File(".URS1"));
+
+    d.host.PromptAnswers = {"2"};
+    Command5_Click(d.state, d.form, 1);
+    EXPECT_EQ(ReadFile(d.File(".USM2")), stored);
+}
+
+TEST(Form2Commands, CurveAndDampingGoToTheEditorTheReportToTheViewerAndClipboard) {
+    Dialog d;
+    const std::string editor = d.dir.File("bin/VarnekEdit"), curve = d.File(".URS1");
+    d.host.PromptAnswers = {curve, d.File(".URS9"), "", d.File(".URS2")};
+    Command3_Click(d.state, d.form, 1);
+    EXPECT_EQ(d.form.Label5, "Respons File:" + curve);
+    Command3_Click(d.state, d.form, 1);  // a name that does not exist
+    EXPECT_EQ(d.host.Messages, Lines{"Response File Does not Exist"});
+    EXPECT_EQ(d.state.Options.SpectrumFile, "");
+    Command3_Click(d.state, d.form, 0);  // cancelled: no curve, no editor
+    EXPECT_EQ(d.state.Options.SpectrumFile, "");
+    Command3_Click(d.state, d.form, 0);  // a new curve: the label waits for it
+    EXPECT_EQ(d.form.Label5, "Respons File:" + curve);
+    EXPECT_EQ(d.host.PromptQuestions[2], "Response Spectrum|Enter Response Spectrum Filename|" + curve);
+    d.form.txtCase[0] = " 2";
+    Command6_Click(d.state, d.form);
+    EXPECT_EQ(d.screen.EditorsStarted,
+              (Lines{editor + " " + d.File(".URS2"), editor + " " + d.File(".USD2")}));
+
+    Command4_Click(d.state, d.form);
+    EXPECT_TRUE(d.form.List1Visible && d.form.CopyVisible);
+    Command4_Click(d.state, d.form);
+    EXPECT_FALSE(d.form.List1Visible || d.form.CopyVisible);
+    Copy_Click(d.state, d.form);  // an empty report leaves the clipboard alone
+    d.state.List1 = {"a", " b"};
+    Copy_Click(d.state, d.form);
+    EXPECT_EQ(d.screen.Clipboard, Lines{"a\r b\r"});
+}
+
+TEST(Form2Commands, WithoutAScreenADialogRunSaysSoAndFails) {
+    Dialog d;
+    EXPECT_EQ(testing::RunTreModalIn(d.dir.Path(), ""), 2);
+    EXPECT_NE(ReadFile(d.dir.File("stderr.txt")).find("the dialog needs a screen"), std::string::npos);
 }
 
 }  // namespace
