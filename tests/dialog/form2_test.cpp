@@ -216,11 +216,11 @@ TEST(Form2Commands, CurveDampingOptionsViewerAndClipboardCommands) {
     EXPECT_EQ(d.screen.EditorsStarted,
               (Lines{editor + " " + d.File(".URS2"), editor + " " + d.File(".USD2")}));
 
-    // Open Options: the number asked without a trailing blank, the file shown.
+    // Open Options: the number asked without a trailing blank, the file
+    // shown but for a curve that has gone.
     std::string stored = testing::kFreshOptionsFile;
-    stored.replace(stored.find(", .05"), 5, ", .07");
+    stored.replace(stored.find(", .05"), 5, ", .07").replace(stored.find("URS1"), 4, "URS7");
     WriteFile(d.File(".USM8"), stored);
-    d.form.Label5.clear();
     d.host.PromptAnswers = {"9", " 8 "};
     Command5_Click(d.state, d.form, 0);
     EXPECT_EQ(d.host.Messages.back(), "Option file does not exist");
@@ -235,16 +235,17 @@ TEST(Form2Commands, CurveDampingOptionsViewerAndClipboardCommands) {
     Command5_Click(d.state, d.form, 1);
     EXPECT_EQ(ReadFile(d.File(".USM2")), stored);
 
-    // A method and a curve kind with no button, a curve that has gone: those
-    // controls keep what they showed, the rest are set all the same, and
-    // shear and accelerations are no options of the file.
+    // A method and a curve kind with no button: those controls keep what
+    // they showed, the rest are set all the same; shear and accelerations
+    // are no options of the file.
+    std::string odd = testing::kFreshOptionsFile;
     for (auto [from, to] : {std::pair{"Accel  , 2", "Accel  , 5"},
                             {"Method               , 1", "Method  , 7"},
-                            {"URS1", "URS7"},
                             {"active)        , 0", "active), 1"},
                             {"mode)          , 1", "mode), 0"}})
-        stored.replace(stored.find(from), std::string(from).size(), to);
-    WriteFile(d.File(".USM7"), stored);
+        odd.replace(odd.find(from), std::string(from).size(), to);
+    WriteFile(d.File(".USM7"), odd);
+    d.form.Label5.clear();
     d.form.optComb = 3;
     d.form.chkShear = d.form.chkAccel = 1;
     d.host.PromptAnswers = {"7"};
