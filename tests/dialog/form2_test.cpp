@@ -125,8 +125,9 @@ TEST(Form2Commands, RunButtonsRunOrAppendBatchJobsAfterWritingTheOptions) {
     EXPECT_EQ(d.host.Messages, Lines{});
 }
 
-// The options are written first, whichever button; then the guards speak
-// in their order, also after a cancelled prompt, and nothing runs.
+// The last report is cleared and the options are written first, whichever
+// button; then the guards speak in their order, also after a cancelled
+// prompt, and nothing runs.
 TEST(Form2Commands, GuardsSpeakInTheirOrderAfterTheOptionsAreWritten) {
     const struct {
         const char *freqCase, *resultsCase, *answer, *message;
@@ -146,11 +147,13 @@ TEST(Form2Commands, GuardsSpeakInTheirOrderAfterTheOptionsAreWritten) {
         d.form.txtCase[0] = row.freqCase;
         d.form.txtCase[1] = row.resultsCase;
         if (!row.curve) d.state.Options.SpectrumFile.clear();
+        d.state.List1 = {"the last report"};
         d.Click1(row.button, row.answer);
         EXPECT_EQ(d.host.Messages, *row.message ? Lines{row.message} : Lines{});
         EXPECT_EQ(d.host.MessageTitles, Lines(d.host.Messages.size(), "TREMODAL"));
         EXPECT_EQ(Exists(d.File(".USM5")), *row.answer != 0);
-        EXPECT_FALSE(Exists(d.File(".L20")) || Exists(d.File(".BRM")) || !d.host.ChildrenStarted.empty());
+        EXPECT_FALSE(Exists(d.File(".L20")) || Exists(d.File(".BRM")) || !d.host.ChildrenStarted.empty() ||
+                     !d.state.List1.empty());
     }
 }
 
