@@ -103,6 +103,7 @@ TEST(Form2Commands, RunButtonsRunOrAppendBatchJobsAfterWritingTheOptions) {
     EXPECT_EQ(d.screen.Cursor, (std::vector<bool>{true, false}));
     EXPECT_EQ(d.screen.Refreshes, 1);
     EXPECT_EQ(d.host.ChildrenStarted, Lines{d.dir.File("bin/casepost")});
+    EXPECT_FALSE(Timer1_Timer(d.state));  // in the dialog the child's end only stops the wait
 
     // Execute(Partial), missing mass off: the first pass runs, no results case, no casepost.
     std::filesystem::remove(d.File(".L20"));
