@@ -135,15 +135,10 @@ void OpenOptions(RunState& state, Form2& form) {
     const std::string answer = state.Ui->Prompt("Load Response Spectrum Options",
                                                 "Enter Spectral Response Options Number", o.OptionsNumber);
     if (answer.empty()) return;
-    const std::string number = Trim(answer);
-    const std::string file = state.Model.ModelPath + ".USM" + number;
-    if (!FileExists(file)) {
+    if (!OpenOptionsSet(state, Trim(answer))) {
         Message(state, "Option file does not exist");
         return;
     }
-    o.OptionsNumber = number;
-    o.OptionsFile = file;
-    ReadOptions(state);
     SetOpt(state, form);
 }
 

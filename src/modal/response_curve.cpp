@@ -91,6 +91,7 @@ void ConvertToDisplacement(RunState& s, f32 firstValue) {
 }  // namespace
 
 void ReadSpectrumCurve(RunState& s) {
+    s.Curve.ReadFailure.reset();
     try {
         ReadCurvePoints(s);
         const i16 points = s.Curve.CurvePoints;
@@ -151,8 +152,9 @@ void ReadSpectrumCurve(RunState& s) {
         if (s.Options.MissMassOn == 1 && s.Curve.ZpaPeriod > peakPeriod && s.Curve.ZpaValue < peakValue) {
             if (s.Ui) s.Ui->ShowMessage("ZPA Period > Tmax Period - Check", "TREMODAL");
         }
-    } catch (const Failure&) {
+    } catch (const Failure& failure) {
         // One trap over the whole read: the run goes on with what stands.
+        s.Curve.ReadFailure = failure;
         if (s.Ui) s.Ui->ShowMessage(kSpectrumErrorText, "TREMODAL");
     }
 }

@@ -6,8 +6,6 @@
 #include "base/file_system.h"
 #include "base/number_text.h"
 #include "base/text_files.h"
-#include "input/node_coordinates.h"
-#include "input/options_file.h"
 #include "modal/response_curve.h"
 #include "run/analysis_driver.h"
 #include "run/startup.h"
@@ -67,22 +65,6 @@ namespace {
     throw Failure(failure.Number(), step + ": " + failure.what());
 }
 
-void FindModel(RunState& s, const ReportRequest& request) {
-    ModelContext& m = s.Model;
-    m.FilesDir = s.Ui->ReadSetting("VARNEK", "Setup", "Files1");
-    m.ProgramDir = s.Ui->ReadSetting("VARNEK", "Setup", "Files2");
-    if (!request.ModelPath.empty()) {
-        m.ModelPath = request.ModelPath;
-        return;
-    }
-    if (m.FilesDir.empty()) {
-        Fail(kFileNotFound,
-             "no current model: the setting Files1 (the folder of MODEL.NAM) is empty; "
-             "name the model with --model PATH");
-    }
-    ReadModelName(s);
-}
-
 }  // namespace
 
 RunFigures RunReport(RunState& s, RecordingHost& host, const ReportRequest& request) {
@@ -94,19 +76,24 @@ RunFigures RunReport(RunState& s, RecordingHost& host, const ReportRequest& requ
     s.WriteFiles = false;
     s.Options.ZpaHighestMode = 1;
     s.Options.OptionsNumber = request.OptionsNumber;
+    ReadSuiteSettings(s);
+    if (request.ModelPath.empty() && s.Model.FilesDir.empty()) {
+        Fail(kFileNotFound,
+             "no current model: the setting Files1 (the folder of MODEL.NAM) is empty; "
+             "name the model with --model PATH");
+    }
     try {
-        FindModel(s, request);
-        ReadModelSize(s);
-        ReadNodeCoordinates(s);
+        int stage = 0;
+        OpenModel(s, stage, request.ModelPath);
     } catch (const Failure& failure) {
         FailIn("model " + s.Model.ModelPath, failure);
     }
 
     ResponseOptions& o = s.Options;
-    o.OptionsFile = s.Model.ModelPath + ".USM" + LTrim(o.OptionsNumber);
-    if (!FileExists(o.OptionsFile))
-        Fail(kFileNotFound, "options set " + o.OptionsNumber + ": no file " + o.OptionsFile);
-    ReadOptions(s);
+    if (!OpenOptionsSet(s, request.OptionsNumber)) {
+        Fail(kFileNotFound,
+             "options set " + o.OptionsNumber + ": no file " + OptionsFileOf(s, request.OptionsNumber));
+    }
     if (!FileExists(o.SpectrumFile))
         Fail(kFileNotFound,
              "curve of options set " + o.OptionsNumber + ": no file \"" + o.SpectrumFile + "\"");
@@ -127,10 +114,7 @@ RunFigures RunReport(RunState& s, RecordingHost& host, const ReportRequest& requ
     s.DirectionDone = nullptr;
     RecordRun(s, figures);
     figures.Messages = host.Messages;
-    // The curve reader keeps its failure to itself; only its message tells.
-    for (const std::string& message : figures.Messages) {
-        if (message == kSpectrumErrorText) throw Failure(0, "curve " + o.SpectrumFile + ": " + message);
-    }
+    if (s.Curve.ReadFailure) throw Failure(0, "curve " + o.SpectrumFile + ": " + kSpectrumErrorText);
     return figures;
 }
 

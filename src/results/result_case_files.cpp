@@ -8,6 +8,7 @@
 #include "base/checked_math.h"
 #include "base/file_system.h"
 #include "base/number_text.h"
+#include "base/text_files.h"
 
 namespace tremodal {
 
@@ -61,6 +62,26 @@ void WriteCaseIndexFiles(RunState& s, const std::string& caseNo) {
     BinaryFile file(CaseFile(s, ".2", caseNo));
     file.Write(index.data(), index.size());
     file.Close();
+}
+
+void WriteResponseCount(RunState& s) {
+    ResponseOptions& o = s.Options;
+    PrintFile out(s.Model.FilesDir + "/response.cnt", TextMode::Output);
+    out.Line(s.Model.ModelPath);
+    out.Line(o.ResultsCase);
+    for (int i = 1; i <= 6; ++i) out.Item(PrintItem(o.DirOn(i)));
+    out.EndLine();
+    out.Line(PrintItem(o.ForceSignMode));
+    out.Line("0");
+    out.Line(PrintItem(o.CombMethod));
+    out.Line(PrintItem(o.DampingRatio));
+    // casepost wants a duration of at least 0.1 s; the raised value stays in
+    // the options until they are set again. The base shear has already used
+    // the duration as the user gave it.
+    const f32 shortest = 0.1f;
+    if (o.Duration < shortest) o.Duration = shortest;
+    out.Line(PrintItem(o.Duration));
+    out.Close();
 }
 
 }  // namespace tremodal

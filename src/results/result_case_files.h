@@ -1,4 +1,5 @@
-// The binary files of a results case: .W, .1 and .2.
+// The files of a results case: the binary .W, .1 and .2, and response.cnt,
+// the summary of the run that casepost reads.
 #pragma once
 
 #include <string>
@@ -12,5 +13,9 @@ void WriteForceFiles(RunState& state, const std::string& caseNo);
 
 // Writes the .2 file.
 void WriteCaseIndexFiles(RunState& state, const std::string& caseNo);
+
+// FilesDir + "/response.cnt", the last file of a run before casepost starts.
+// A duration below 0.1 s is raised to 0.1 in the options, as casepost wants.
+void WriteResponseCount(RunState& state);
 
 }  // namespace tremodal

@@ -1,8 +1,8 @@
 // The analysis driver: one pass from the stored eigen-solution to the result
 // files, in the fixed order the suite relies on. The numerical work lies in
-// the operations it calls; here stand only the skeleton of a run, the rules
-// of the run phase, the single-mode guard, the closing report blocks, the
-// title of the results case and response.cnt.
+// the operations it calls, the report and the result files in results/; here
+// stand only the skeleton of a run, the rules of the run phase, the
+// single-mode guard and the title of the results case.
 #pragma once
 
 #include "base/run_state.h"
@@ -14,14 +14,7 @@ namespace tremodal {
 // cases in), anything else a plain run.
 void AnalyzeResponse(RunState& state);
 
-// The closing blocks of the report.
-void AddMissingMassBlock(RunState& state);
-void AddBaseShearBlock(RunState& state);
-
 // "SpectResp <options>:FrqCase <case>:Dir'n <angle> Deg: <method or mode>".
 void SetLoadCaseTitle(RunState& state);
-
-// The summary of the run that casepost reads: FilesDir + "/response.cnt".
-void WriteResponseCount(RunState& state);
 
 }  // namespace tremodal

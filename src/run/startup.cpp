@@ -70,34 +70,57 @@ void ReadModelSize(RunState& state) {
     in.Close();
 }
 
-StartOutcome Main(RunState& state, const std::string& commandLine) {
+void ReadSuiteSettings(RunState& state) {
     ModelContext& m = state.Model;
+    m.FilesDir = state.Ui->ReadSetting("VARNEK", "Setup", "Files1");
+    m.ProgramDir = state.Ui->ReadSetting("VARNEK", "Setup", "Files2");
+    m.HelpFile = m.ProgramDir + "/dynamic.chm";
+}
+
+void OpenModel(RunState& state, int& stage, const std::string& modelPath) {
+    stage = kStageModel;
+    if (modelPath.empty()) {
+        ReadModelName(state);
+    } else {
+        state.Model.ModelPath = modelPath;
+    }
+    ReadModelSize(state);
+    stage = kStageCoordinates;
+    ReadNodeCoordinates(state);
+}
+
+std::string OptionsFileOf(const RunState& state, const std::string& number) {
+    return state.Model.ModelPath + ".USM" + LTrim(number);
+}
+
+bool OpenOptionsSet(RunState& state, const std::string& number) {
+    const std::string file = OptionsFileOf(state, number);
+    if (!FileExists(file)) return false;
+    state.Options.OptionsNumber = number;
+    state.Options.OptionsFile = file;
+    ReadOptions(state);
+    return true;
+}
+
+StartOutcome Main(RunState& state, const std::string& commandLine) {
     int stage = kStageModel;
     try {
-        m.FilesDir = state.Ui->ReadSetting("VARNEK", "Setup", "Files1");
-        m.ProgramDir = state.Ui->ReadSetting("VARNEK", "Setup", "Files2");
-        m.HelpFile = m.ProgramDir + "/dynamic.chm";
+        ReadSuiteSettings(state);
         state.Options.ZpaHighestMode = 1;
         if (!commandLine.empty()) {
             SplitCommandLine(state, commandLine);
             state.BatchRun = 1;
         }
-        ReadModelName(state);
-        ReadModelSize(state);
-
-        stage = kStageCoordinates;
-        ReadNodeCoordinates(state);
+        OpenModel(state, stage);
         if (state.BatchRun != 1) {
             stage = kStageDialog;
             return StartOutcome::Dialog;
         }
-        state.Options.OptionsFile = m.ModelPath + ".USM" + LTrim(state.Options.OptionsNumber);
 
         stage = kStageOptions;
-        if (!FileExists(state.Options.OptionsFile)) {
-            Fail(kFileNotFound, state.Options.OptionsFile + ": no such file");
+        if (!OpenOptionsSet(state, state.Options.OptionsNumber)) {
+            Fail(kFileNotFound, OptionsFileOf(state, state.Options.OptionsNumber) + ": no such file");
         }
-        ReadOptions(state);
 
         stage = kStageAnalysis;
         AnalyzeResponse(state);

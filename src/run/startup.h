@@ -36,6 +36,24 @@ void SplitCommandLine(RunState& state, const std::string& commandLine);
 void ReadModelName(RunState& state);
 void ReadModelSize(RunState& state);
 
+// The suite's directories from the user settings: FilesDir, ProgramDir and
+// the help file beside the programs.
+void ReadSuiteSettings(RunState& state);
+
+// Opens the model as every run starts on it: the model that MODEL.NAM in
+// FilesDir names (or modelPath, when given), its size file and its node
+// coordinates. stage follows the steps for the failure handler.
+void OpenModel(RunState& state, int& stage, const std::string& modelPath = "");
+
+// The file of options set `number` of the model in hand: ModelPath + ".USM"
+// + the number without its leading blanks.
+std::string OptionsFileOf(const RunState& state, const std::string& number);
+
+// Opens options set `number` for a batch run, the report or the dialog: when
+// its file exists, OptionsNumber and OptionsFile name it and the options are
+// read from it. Returns false, changing nothing, when there is no such file.
+bool OpenOptionsSet(RunState& state, const std::string& number);
+
 // Starts the suite's casepost from ProgramDir and enables Timer1, which
 // follows the new child only. The same for a batch run and the dialog.
 void LaunchCasepost(RunState& state);
