@@ -23,16 +23,13 @@ using Lines = std::vector<std::string>;
 
 // The dialog on the example model, with what a run needs filled in: a
 // frequency case, a results case and the curve.
-struct Dialog {
-    testing::TempDir dir;
+struct Dialog : testing::ExampleModel {
     testing::FakeHost host;
     testing::FakeDialogHost screen;
     RunState state;
     Form2 form;
 
     Dialog() {
-        if (testing::RunCommand("'" EXAMPLE_TOOL "' '" + dir.Path() + "' --name-file > /dev/null") != 0)
-            throw std::runtime_error("example tool failed");
         host.Files1 = dir.Path();
         host.Files2 = dir.File("bin");
         state.Ui = &host;
@@ -46,7 +43,6 @@ struct Dialog {
     // A run moves into the model's directory, which goes with the test.
     ~Dialog() { std::filesystem::current_path(std::filesystem::temp_directory_path()); }
 
-    std::string File(const std::string& suffix) const { return dir.File("SHEAR" + suffix); }
     void Click1(int index, const std::string& answer) {
         host.PromptAnswers = {answer};
         Command1_Click(state, form, index);
@@ -272,9 +268,10 @@ TEST(Form2Commands, CurveDampingOptionsViewerAndClipboardCommands) {
 }
 
 TEST(Form2Commands, WithoutAScreenADialogRunSaysSoAndFails) {
-    Dialog d;
-    EXPECT_EQ(testing::RunTreModalIn(d.dir.Path(), ""), 2);
-    EXPECT_NE(ReadFile(d.dir.File("stderr.txt")).find("the dialog needs a screen"), std::string::npos);
+    testing::ExampleModel model;
+    const testing::ProgramRun run = testing::RunTreModal(model.dir.Path(), "");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("the dialog needs a screen"), std::string::npos) << run.err;
 }
 
 }  // namespace

@@ -19,7 +19,7 @@
 
 #include "platform/linux_host.h"
 #include "run/startup.h"
-#include "support/test_support.h"
+#include "support/model_fixture.h"
 #include "view/form2_view.h"
 #include "view/plots_window.h"
 
@@ -62,18 +62,12 @@ struct RealChildrenHost : testing::FakeHost {
 
 // The dialog on the example model, its window active. casepost is a
 // stand-in that tells where it ran.
-struct ExampleDialog {
-    TempDir dir;
+struct ExampleDialog : testing::ExampleModel {
     RealChildrenHost host;
     RunState state;
     std::unique_ptr<Form2View> view;
 
     ExampleDialog() {
-        if (testing::RunCommand("'" EXAMPLE_TOOL "' '" + dir.Path() + "' --name-file > /dev/null") != 0)
-            throw std::runtime_error("example tool failed");
-        std::filesystem::create_directory(dir.File("bin"));
-        WriteFile(dir.File("bin/casepost"), "#!/bin/sh\necho \"casepost ran in $(pwd)\" >> casepost.out\n");
-        std::filesystem::permissions(dir.File("bin/casepost"), std::filesystem::perms::owner_all);
         host.Files1 = dir.Path();
         host.Files2 = dir.File("bin");
         state.Ui = &host;
@@ -130,7 +124,7 @@ TEST(Form2View, EveryControlStandsUnderItsNameInItsFrameAndTypesThroughItsFilter
     const std::pair<const char*, std::string> captions[] = {
         {"Frame1", "Spectum Direction Definition"},   {"Label8", "X                     Y               Z"},
         {"optComb_3", "DSM           Duration Secs"}, {"Command4", "Close/Open Output  Viewer"},
-        {"Label1", "Model :" + d.dir.File("SHEAR")},  {"txtFact_0", "0.7"},
+        {"Label1", "Model :" + d.modelPath},          {"txtFact_0", "0.7"},
     };
     for (const auto& [name, caption] : captions) {
         QWidget* w = d.Control(name);
@@ -197,14 +191,14 @@ TEST(Form2View, ExecuteShowsTheReportFollowsCasepostAndDrawsTheCharts) {
     d.Click("Command5_0");
     EXPECT_EQ(d.Control<QLineEdit>("txtCase_1")->text(), "20");
     EXPECT_EQ(d.Control("Label5")->property("text").toString().toStdString(),
-              "Respons File:" + d.dir.File("SHEAR.URS1"));
+              "Respons File:" + d.File(".URS1"));
     QImage linear;
     for (const char* interpolation : {"0", "1"}) {
         SCOPED_TRACE(interpolation);
         d.Click((std::string("optInterp_") + interpolation).c_str());
         d.host.PromptAnswers = {"1"};
         d.Click("Command1_0");
-        EXPECT_NE(ReadFile(d.dir.File("SHEAR.USM1")).find(std::string("1-Log  , ") + interpolation + "\r\n"),
+        EXPECT_NE(ReadFile(d.File(".USM1")).find(std::string("1-Log  , ") + interpolation + "\r\n"),
                   std::string::npos);
         // The viewer over the controls with the report, Copy and Plots below.
         EXPECT_TRUE(list->isVisible() && d.Control("Copy")->isVisible() && d.Control("Plots")->isVisible());
