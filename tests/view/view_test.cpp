@@ -28,7 +28,6 @@ namespace {
 
 using testing::ReadFile;
 using testing::TempDir;
-using testing::WriteFile;
 
 // A settings file that is a FIFO would hold the read at its open until
 // somebody writes to it; a directory or a FIFO in its place is no settings
@@ -216,8 +215,7 @@ TEST(Form2View, ExecuteShowsTheReportFollowsCasepostAndDrawsTheCharts) {
         // The charts' window: the chart on the screen follows the chosen
         // direction; the saved files are the charts of the run.
         d.Click("Plots");
-        auto* window = d.view->findChild<PlotsWindow*>("PlotsWindow");
-        ASSERT_NE(window, nullptr);
+        auto* window = d.Control<PlotsWindow>("PlotsWindow");
         ASSERT_TRUE(QTest::qWaitForWindowActive(window, kPatienceMs));
         auto* direction = window->findChild<QComboBox*>("cboDirection");
         ASSERT_EQ(direction->count(), 2);
