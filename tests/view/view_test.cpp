@@ -191,7 +191,6 @@ TEST(Form2View, ExecuteShowsTheReportFollowsCasepostAndDrawsTheCharts) {
     EXPECT_EQ(d.Control<QLineEdit>("txtCase_1")->text(), "20");
     EXPECT_EQ(d.Control("Label5")->property("text").toString().toStdString(),
               "Respons File:" + d.File(".URS1"));
-    QImage linear;
     for (const char* interpolation : {"0", "1"}) {
         SCOPED_TRACE(interpolation);
         d.Click((std::string("optInterp_") + interpolation).c_str());
@@ -233,8 +232,6 @@ TEST(Form2View, ExecuteShowsTheReportFollowsCasepostAndDrawsTheCharts) {
         delete window;
         const QImage spectrum(QString::fromStdString(folder + "/spectrum.png"));
         EXPECT_GE(spectrum.width(), 1000);
-        EXPECT_TRUE(*interpolation == '0' || spectrum != linear) << "log-log axes";
-        linear = spectrum;
         EXPECT_GT(PixelsOf(spectrum, kCurve), 3000);
         EXPECT_GT(PixelsOf(spectrum, kModes), 10 * 100);  // ten mode markers
         for (const char* name : {"/participation-1.png", "/participation-3.png"}) {
