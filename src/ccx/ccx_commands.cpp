@@ -70,7 +70,7 @@ std::string LastLines(const std::string& text, std::size_t count) {
     if (lines.size() > count) lines.erase(lines.begin(), lines.end() - std::ptrdiff_t(count));
     std::string last;
     for (const std::string& line : lines) last += line + "\n";
-    return last;
+    return last.empty() ? "  (none)\n" : last;
 }
 
 // The folder ccx works in: under $TMPDIR, removed when the run went well.
@@ -401,7 +401,9 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         } else {
             out << "  mass: consistent, not diagonal: written lumped, each equation's mass the sum of its "
                    "row\n"
-                   "  over the equations of its direction, which keeps each direction's participation\n";
+                   "  over the equations of its direction, which keeps each direction's participation;\n"
+                   "  the missing mass, worked out equation by equation, and the rotational directions\n"
+                   "  follow these lumped masses, not the consistent matrix\n";
         }
         const f64 worstAll = std::max({worst[0], worst[1], worst[2]});
         out << "  effective masses TreModal will report differ from CalculiX's by at most "

@@ -1,0 +1,150 @@
+// tremodal-ccx modes: the model it writes gives TreModal's report the
+// frequencies, participation factors and effective masses that ccx prints for
+// the same deck, on two frames with point masses (one with its masses off the
+// centre, one with Z vertical) and a solid column with distributed mass; and
+// its failures say what went wrong and leave nothing beside the model.
+#include <algorithm>
+#include <filesystem>
+#include <regex>
+
+#include "ccx_workspace.h"
+
+namespace tremodal::ccxtest {
+namespace {
+
+// A solid column of C3D8 bricks, 1 by 1 by 3 on a fixed base, Y vertical:
+// concrete with its consistent mass.
+std::string SolidColumnDeck() {
+    std::ostringstream deck;
+    deck << "*HEADING\nSolid column\n*NODE\n";
+    const auto node = [](int i, int j, int k) { return 1 + i + 3 * k + 9 * j; };
+    for (int j = 0; j <= 6; ++j)
+        for (int k = 0; k <= 2; ++k)
+            for (int i = 0; i <= 2; ++i)
+                deck << node(i, j, k) << ", " << 0.5 * i << ", " << 0.5 * j << ", " << 0.5 * k << "\n";
+    deck << "*ELEMENT, TYPE=C3D8, ELSET=SOLID\n";
+    int element = 1;
+    for (int j = 0; j < 6; ++j) {
+        for (int k = 0; k < 2; ++k) {
+            for (int i = 0; i < 2; ++i) {
+                deck << element++ << ", " << node(i, j, k) << ", " << node(i, j, k + 1) << ", "
+                     << node(i + 1, j, k + 1) << ", " << node(i + 1, j, k) << ", " << node(i, j + 1, k)
+                     << ", " << node(i, j + 1, k + 1) << ", " << node(i + 1, j + 1, k + 1) << ", "
+                     << node(i + 1, j + 1, k) << "\n";
+            }
+        }
+    }
+    deck << "*MATERIAL, NAME=CONCRETE\n*ELASTIC\n3e10, 0.2\n*DENSITY\n2500\n"
+         << "*SOLID SECTION, ELSET=SOLID, MATERIAL=CONCRETE\n*BOUNDARY\n";
+    for (int n = 1; n <= 9; ++n) deck << n << ", 1, 3\n";
+    return deck.str();
+}
+
+TEST(CcxModes, TreModalReportsTheModalFiguresCcxPrints) {
+    if (!CcxInstalled()) GTEST_SKIP() << "ccx is not installed";
+    struct Model {
+        const char* name;
+        std::string deck;
+        bool zUp;
+        const char* massLine;  // what modes says of the mass
+    };
+    const Model models[] = {
+        {"one storey, heavy side at z = 3",
+         FrameDeck(1, false, [](int, int c) { return c < 2 ? 1000.0 : 3000.0; }), false,
+         "mass: diagonal over the equations: the frequency case is exact"},
+        {"three storeys, Z vertical", FrameDeck(3, true, [](int s, int) { return 2500.0 - 500.0 * s; }), true,
+         "mass: diagonal over the equations: the frequency case is exact"},
+        {"solid column", SolidColumnDeck(), false, "mass: consistent, not diagonal"},
+    };
+    for (const Model& model : models) {
+        SCOPED_TRACE(model.name);
+        Workspace w;
+        WriteFile(w.dir.File("deck.inp"), model.deck);
+        ASSERT_EQ(w.TremCcx(std::string("modes deck.inp M --modes 6") + (model.zUp ? " --vertical z" : "")),
+                  0)
+            << w.err;
+        EXPECT_NE(w.out.find(model.massLine), std::string::npos) << w.out;
+        std::smatch said;
+        ASSERT_TRUE(
+            std::regex_search(w.out, said, std::regex("differ from CalculiX's by at most ([-+.0-9E]+) %")));
+        const double announced = std::stod(said[1]) / 100;
+        // Nothing of ccx's is left behind.
+        EXPECT_TRUE(std::filesystem::is_empty(w.dir.File("tmp")));
+
+        const ccx::ModalTables printed =
+            ccx::ReadModalTables(w.Ccx(model.deck, "*STEP\n*FREQUENCY\n6\n*END STEP\n", "ref"));
+        ASSERT_EQ(printed.Eigenvalues.size(), 6u);
+        w.WriteOptions(false);
+        ASSERT_EQ(testing::RunTreModalIn(w.dir.Path(), "--report 1 --model M --csv csv > report.txt"), 0)
+            << ReadFile(w.dir.File("stderr.txt"));
+
+        const auto modes = w.Csv("modes.csv");
+        ASSERT_EQ(modes.size(), 6u);
+        for (std::size_t m = 0; m < 6; ++m)
+            EXPECT_TRUE(Agrees(modes[m][1] * modes[m][1], printed.Eigenvalues[m], 0)) << "mode " << m + 1;
+
+        // Suite direction d against the deck's axis and its sign.
+        const int axis[3] = {0, model.zUp ? 2 : 1, model.zUp ? 1 : 2};
+        const double sign[3] = {1, 1, model.zUp ? -1.0 : 1.0};
+        const auto participation = w.Csv("participation.csv");
+        ASSERT_EQ(participation.size(), 18u);
+        for (const auto& row : participation) {
+            const int d = int(row[0]) - 1;
+            const std::size_t m = std::size_t(row[1]) - 1;
+            const double total = printed.TotalMass[axis[d]];
+            const double gamma = sign[d] * printed.Participation[m][axis[d]];
+            const double mass = printed.EffectiveMass[m][axis[d]];
+            EXPECT_TRUE(Agrees(row[2], gamma, std::sqrt(total), std::sqrt(announced * total)))
+                << "direction " << d + 1 << " mode " << m + 1 << ": " << row[2] << " against " << gamma;
+            EXPECT_TRUE(Agrees(row[3], mass, total, announced * total))
+                << "direction " << d + 1 << " mode " << m + 1 << ": " << row[3] << " against " << mass;
+        }
+    }
+}
+
+TEST(CcxModes, FailuresSayWhatFailedAndLeaveNothingBesideTheModel) {
+    const std::string frame = FrameDeck(1, false, [](int, int) { return 1000.0; });
+    const std::string stepLine =
+        "deck.inp line " + std::to_string(std::count(frame.begin(), frame.end(), '\n') + 1);
+    struct Case {
+        const char* args;
+        std::string deck;
+        const char* environment;
+        int status;
+        std::string message;
+        bool scratchKept;
+    };
+    const Case cases[] = {
+        {"", frame, "", 2, "a command is needed: modes or solve", false},
+        {"modes deck.inp", frame, "", 2, "modes takes a deck and a model path", false},
+        {"modes deck.inp M --vertical x", frame, "", 2, "--vertical takes y or z, not \"x\"", false},
+        {"modes deck.inp M --modes 0", frame, "", 2, "--modes takes a whole number from 1 to 10000", false},
+        {"shapes deck.inp M", frame, "", 2, "unknown command \"shapes\"", false},
+        {"modes deck.inp M", frame + "*STEP\n*STATIC\n*END STEP\n", "", 1,
+         stepLine + ": \"*STEP\": the deck must define the model only", false},
+        {"modes deck.inp M", "*NODE\n1, 0, 0, 0\n40000, 0, 3, 0\n", "", 1,
+         "deck.inp line 3: node \"40000\": the suite numbers nodes from 1 to 32767", false},
+        {"modes nodeck.inp M", frame, "", 1, "nodeck.inp: no such file", false},
+        {"modes deck.inp M", frame, "CCX=/bin/false", 1,
+         "ccx failed with exit status 1 on the eigen-solution", true},
+        {"modes deck.inp M", frame, "CCX=no-such-ccx", 1, "ccx was not found (no-such-ccx;", true},
+        {"modes deck.inp M", frame, "CCX=/bin/true", 1, "ccx left no modes in modes.dat", true},
+        {"solve deck.inp M", frame, "", 1, "M.XSZ", false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args + std::string(" ") + c.environment);
+        Workspace w;
+        WriteFile(w.dir.File("deck.inp"), c.deck);
+        EXPECT_EQ(w.TremCcx(c.args, c.environment), c.status);
+        EXPECT_NE(w.err.find(c.message), std::string::npos) << w.err;
+        EXPECT_EQ(w.err.find("kept in " + w.dir.File("tmp/tremodal-ccx-")) != std::string::npos,
+                  c.scratchKept)
+            << w.err;
+        EXPECT_EQ(std::filesystem::is_empty(w.dir.File("tmp")), !c.scratchKept);
+        for (const char* suffix : {".XSZ", ".XYZ", ".H1", ".XSZ.tremodal-ccx"})
+            EXPECT_FALSE(testing::Exists(w.File(suffix))) << suffix;
+    }
+}
+
+}  // namespace
+}  // namespace tremodal::ccxtest
