@@ -122,13 +122,6 @@ private:
     bool done_ = false;
 };
 
-// A number for the deck, all its digits.
-std::string DeckNumber(f64 value) {
-    char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
-    return std::string(text, end);
-}
-
 // The deck as given, with the set of its nodes, ready for steps.
 std::string JobDeck(const std::string& deckText, const Deck& deck) {
     std::string job = deckText;

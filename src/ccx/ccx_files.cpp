@@ -137,6 +137,12 @@ Deck ReadDeck(const std::string& path) {
     return deck;
 }
 
+std::string DeckNumber(f64 value) {
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    return std::string(text, end);
+}
+
 ModalTables ReadModalTables(std::string_view dat) {
     enum class Table { None, Eigenvalues, Participation, Effective, Total };
     ModalTables tables;

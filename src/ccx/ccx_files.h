@@ -35,6 +35,9 @@ struct Deck {
 // is not a number; 53 when the file is not there.
 Deck ReadDeck(const std::string& path);
 
+// A number for a deck line, with all the digits that bring the double back.
+std::string DeckNumber(f64 value);
+
 // The modal tables of a frequency step's .dat file, deck axes: for each mode
 // the eigenvalue, the participation factors and effective masses (X, Y, Z,
 // then the rotations about X, Y, Z), and the total mass per direction that
