@@ -46,15 +46,21 @@ TEST(CcxModes, TreModalReportsTheModalFiguresCcxPrints) {
         const char* name;
         std::string deck;
         bool zUp;
-        const char* massLine;  // what modes says of the mass
+        const char* massLine;            // what modes says of the mass
+        std::array<double, 3> lastNode;  // in the deck
     };
     const Model models[] = {
         {"one storey, heavy side at z = 3",
-         FrameDeck(1, false, [](int, int c) { return c < 2 ? 1000.0 : 3000.0; }), false,
-         "mass: diagonal over the equations: the frequency case is exact"},
-        {"three storeys, Z vertical", FrameDeck(3, true, [](int s, int) { return 2500.0 - 500.0 * s; }), true,
-         "mass: diagonal over the equations: the frequency case is exact"},
-        {"solid column", SolidColumnDeck(), false, "mass: consistent, not diagonal"},
+         FrameDeck(1, false, [](int, int c) { return c < 2 ? 1000.0 : 3000.0; }),
+         false,
+         "mass: diagonal over the equations: the frequency case is exact",
+         {0, 3, 3}},
+        {"three storeys, Z vertical",
+         FrameDeck(3, true, [](int s, int) { return 2500.0 - 500.0 * s; }),
+         true,
+         "mass: diagonal over the equations: the frequency case is exact",
+         {0, 3, 9}},
+        {"solid column", SolidColumnDeck(), false, "mass: consistent, not diagonal", {1, 3, 1}},
     };
     for (const Model& model : models) {
         SCOPED_TRACE(model.name);
@@ -71,6 +77,15 @@ TEST(CcxModes, TreModalReportsTheModalFiguresCcxPrints) {
         // Rows lumped over each direction keep a consistent mass's
         // participation: what modes announces stays at ccx's printed digits.
         EXPECT_LT(announced, 1e-6);
+        // The last node's record: its number and the deck's coordinates on
+        // the suite's axes.
+        const std::string xyz = ReadFile(w.File(".XYZ"));
+        const std::size_t last = xyz.size() - 14;
+        const std::array<double, 3> at = model.lastNode;
+        EXPECT_EQ(xyz.substr(last, 2), testing::BytesI16(std::int16_t(xyz.size() / 14)));
+        EXPECT_EQ(xyz.substr(last + 2), testing::BytesF32(float(at[0])) +
+                                            testing::BytesF32(float(model.zUp ? at[2] : at[1])) +
+                                            testing::BytesF32(float(model.zUp ? -at[1] : at[2])));
         // Nothing of ccx's is left behind.
         EXPECT_TRUE(std::filesystem::is_empty(w.dir.File("tmp")));
 
@@ -147,6 +162,17 @@ TEST(CcxModes, FailuresSayWhatFailedAndLeaveNothingBesideTheModel) {
         for (const char* suffix : {".XSZ", ".XYZ", ".H1", ".XSZ.tremodal-ccx"})
             EXPECT_FALSE(testing::Exists(w.File(suffix))) << suffix;
     }
+
+    // solve, when ccx fails on the static cases: nothing is written.
+    Workspace w;
+    WriteFile(w.dir.File("deck.inp"), frame);
+    WriteFile(w.File(".XSZ"), "-\r\nM\r\n-\r\n-\r\n-\r\n-\r\n0,0,8,0\r\n");
+    WriteFile(w.File(".C0"), " 1 \r\n10             1 \r\nMissing Mass Run Comb\r\n");
+    WriteFile(w.File(".L10"), "REFORMAT\r\nNF,5,100,,0\r\n");
+    EXPECT_EQ(w.TremCcx("solve deck.inp M", "CCX=/bin/false"), 1);
+    EXPECT_NE(w.err.find("ccx failed with exit status 1 on the static cases"), std::string::npos) << w.err;
+    EXPECT_FALSE(testing::Exists(w.File(".R10")));
+    EXPECT_FALSE(testing::Exists(w.File(".R10.tremodal-ccx")));
 }
 
 }  // namespace
