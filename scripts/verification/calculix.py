@@ -130,55 +130,30 @@ class Model:
         return csv_rows(os.path.join(csv, "modes.csv")), csv_rows(os.path.join(csv, "participation.csv"))
 
 
-def solid_column_deck():
-    """C3D8 bricks 1 by 1 by 3 m on a fixed base, Y vertical, concrete."""
-    node = lambda i, j, k: 1 + i + 3 * k + 9 * j
-    lines = ["*HEADING", "Solid column", "*NODE"]
-    lines += [f"{node(i, j, k)}, {0.5 * i:g}, {0.5 * j:g}, {0.5 * k:g}"
-              for j in range(7) for k in range(3) for i in range(3)]
-    lines.append("*ELEMENT, TYPE=C3D8, ELSET=SOLID")
-    e = 1
-    for j in range(6):
-        for k in range(2):
-            for i in range(2):
-                n = [node(i, j, k), node(i, j, k + 1), node(i + 1, j, k + 1), node(i + 1, j, k)]
-                n += [node(a, j + 1, c) for a, c in ((i, k), (i, k + 1), (i + 1, k + 1), (i + 1, k))]
-                lines.append(f"{e}, " + ", ".join(map(str, n)))
-                e += 1
-    lines += ["*MATERIAL, NAME=CONCRETE", "*ELASTIC", "3e10, 0.2", "*DENSITY", "2500",
-              "*SOLID SECTION, ELSET=SOLID, MATERIAL=CONCRETE", "*BOUNDARY"]
-    lines += [f"{n}, 1, 3" for n in range(1, 10)]
-    return "\n".join(lines) + "\n"
+def deck(name):
+    """A deck of tests/ccx/decks/, which the tests of tremodal-ccx run as well."""
+    with open(os.path.join(ROOT, "tests", "ccx", "decks", name)) as f:
+        return f.read()
 
 
 class Tower:
-    """Two storeys of 3 m on a 2 by 2 m plan, Z vertical, each face and floor
-    braced; bars of E A = 2.1e11 x 1e-3; point masses at the upper nodes."""
+    """The braced truss tower of tests/ccx/decks/tower.inp, Z vertical: its
+    nodes and bars, read from the deck; bars of E A = 2.1e11 x 1e-3."""
 
     EA = 2.1e11 * 1e-3
 
     def __init__(self):
-        plan = [(0, 0), (2, 0), (2, 2), (0, 2)]
-        self.nodes = {4 * s + c + 1: (plan[c][0], plan[c][1], 3.0 * s) for s in range(3) for c in range(4)}
-        self.bars = []
-        for s in (1, 2):
-            for c in range(4):
-                below, here, nxt = 4 * (s - 1) + c + 1, 4 * s + c + 1, 4 * s + (c + 1) % 4 + 1
-                self.bars += [(below, here), (here, nxt), (below, nxt)]
-            self.bars.append((4 * s + 1, 4 * s + 3))
-
-    def deck(self):
-        lines = ["*HEADING", "Braced tower", "*NODE"]
-        lines += [f"{n}, {x:g}, {y:g}, {z:g}" for n, (x, y, z) in self.nodes.items()]
-        lines.append("*ELEMENT, TYPE=T3D2, ELSET=BARS")
-        lines += [f"{b + 1}, {i}, {j}" for b, (i, j) in enumerate(self.bars)]
-        lines += ["*MATERIAL, NAME=STEEL", "*ELASTIC", "2.1e11, 0.3", "*DENSITY", "1e-6",
-                  "*SOLID SECTION, ELSET=BARS, MATERIAL=STEEL", "1e-3"]
-        for n in range(5, 13):
-            lines += [f"*ELEMENT, TYPE=MASS, ELSET=M{n}", f"{100 + n}, {n}", f"*MASS, ELSET=M{n}",
-                      f"{500.0 * (1 + n % 3):g}"]
-        lines += ["*BOUNDARY"] + [f"{n}, 1, 3" for n in range(1, 5)]
-        return "\n".join(lines) + "\n"
+        self.text = deck("tower.inp")
+        self.nodes, self.bars, block = {}, [], None
+        for line in self.text.splitlines():
+            if line.startswith("*"):
+                block = line.split(",")[0].strip().upper() + ("T3D2" if "T3D2" in line else "")
+                continue
+            fields = [f.strip() for f in line.split(",")]
+            if block == "*NODE":
+                self.nodes[int(fields[0])] = tuple(float(v) for v in fields[1:4])
+            elif block == "*ELEMENTT3D2":
+                self.bars.append((int(fields[1]), int(fields[2])))
 
     def solve(self, loads):
         """K u = F over the free nodes 5..12; node -> deck (X, Y, Z)."""
@@ -242,7 +217,7 @@ def calculix_case(build, work, Table, run_tremodal, options_lines):
         tables.append(table)
 
     # The solid column: consistent mass, within what modes announced.
-    column = Model(build, work, "column", solid_column_deck(), run_tremodal, options_lines)
+    column = Model(build, work, "column", deck("solid-column.inp"), run_tremodal, options_lines)
     said = column.tool("modes", "--modes", "6")
     notes["announced"] = re.search(r"by at most ([-+.0-9E]+) %", said).group(1)
     column.options(False)
@@ -259,7 +234,7 @@ def calculix_case(build, work, Table, run_tremodal, options_lines):
 
     # The tower: solve against ccx's .frd and the pseudo-mode against numpy.
     tower = Tower()
-    model = Model(build, work, "tower", tower.deck(), run_tremodal, options_lines)
+    model = Model(build, work, "tower", tower.text, run_tremodal, options_lines)
     model.tool("modes", "--modes", "4", "--vertical", "z")
     model.options(True)
     run_tremodal(build, model.dir, "1/20/1/")
@@ -274,7 +249,7 @@ def calculix_case(build, work, Table, run_tremodal, options_lines):
         loads = deck_loads(model.path + ".L" + case)
         steps = "*STEP\n*STATIC\n*CLOAD\n" + "".join(
             f"{n}, {k + 1}, {f[k]!r}\n" for n, f in loads.items() for k in range(3) if f[k] != 0)
-        _, frd = ccx(tower.deck(), steps + "*NODE FILE\nU\n*END STEP\n", os.path.join(model.dir, "c" + case),
+        _, frd = ccx(tower.text, steps + "*NODE FILE\nU\n*END STEP\n", os.path.join(model.dir, "c" + case),
                      "c" + case)
         frd = frd_displacements(frd)
         u = tower.solve(loads)
@@ -305,11 +280,11 @@ the equations) bound the agreement at about 10⁻⁶, and the six digits of the 
 - The example building `examples/calculix/building.inp`: three storeys, point masses at the joints
   and a plant room on one side of the roof, members of a tiny density. Its mass matrix is diagonal, so
   the frequency case is exact. Modes that a direction moves by less than 0.1 % of its mass are left out.
-- A solid column of 24 C3D8 bricks, 1 × 1 × 3 m of concrete with its consistent mass ({column_mass:.1f} kg
+- A solid column of 24 C3D8 bricks (`tests/ccx/decks/solid-column.inp`), 1 × 1 × 3 m of concrete with its consistent mass ({column_mass:.1f} kg
   on the free nodes per direction). `tremodal-ccx modes` writes each equation's mass as the sum of its
   row over the equations of its direction and announced that the effective masses differ from ccx's by
   at most {announced} % of the total mass.
-- A braced truss tower of two storeys, Z vertical (`--vertical z`), missing mass on from case 10 with
+- A braced truss tower of two storeys (`tests/ccx/decks/tower.inp`), Z vertical (`--vertical z`), missing mass on from case 10 with
   the three translations: the solved cases that `tremodal-ccx solve` wrote (`.R10` to `.R12`, suite
   axes) against the `.frd` file of ccx run by the script on the same loads (six digits), and the
   second pass's pseudo-mode, the last block of each `.HS<d>` file, against K u = F solved by numpy

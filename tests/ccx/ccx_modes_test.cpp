@@ -12,34 +12,6 @@
 namespace tremodal::ccxtest {
 namespace {
 
-// A solid column of C3D8 bricks, 1 by 1 by 3 on a fixed base, Y vertical:
-// concrete with its consistent mass.
-std::string SolidColumnDeck() {
-    std::ostringstream deck;
-    deck << "*HEADING\nSolid column\n*NODE\n";
-    const auto node = [](int i, int j, int k) { return 1 + i + 3 * k + 9 * j; };
-    for (int j = 0; j <= 6; ++j)
-        for (int k = 0; k <= 2; ++k)
-            for (int i = 0; i <= 2; ++i)
-                deck << node(i, j, k) << ", " << 0.5 * i << ", " << 0.5 * j << ", " << 0.5 * k << "\n";
-    deck << "*ELEMENT, TYPE=C3D8, ELSET=SOLID\n";
-    int element = 1;
-    for (int j = 0; j < 6; ++j) {
-        for (int k = 0; k < 2; ++k) {
-            for (int i = 0; i < 2; ++i) {
-                deck << element++ << ", " << node(i, j, k) << ", " << node(i, j, k + 1) << ", "
-                     << node(i + 1, j, k + 1) << ", " << node(i + 1, j, k) << ", " << node(i, j + 1, k)
-                     << ", " << node(i, j + 1, k + 1) << ", " << node(i + 1, j + 1, k + 1) << ", "
-                     << node(i + 1, j + 1, k) << "\n";
-            }
-        }
-    }
-    deck << "*MATERIAL, NAME=CONCRETE\n*ELASTIC\n3e10, 0.2\n*DENSITY\n2500\n"
-         << "*SOLID SECTION, ELSET=SOLID, MATERIAL=CONCRETE\n*BOUNDARY\n";
-    for (int n = 1; n <= 9; ++n) deck << n << ", 1, 3\n";
-    return deck.str();
-}
-
 TEST(CcxModes, TreModalReportsTheModalFiguresCcxPrints) {
     if (!CcxInstalled()) GTEST_SKIP() << "ccx is not installed";
     struct Model {
@@ -51,16 +23,16 @@ TEST(CcxModes, TreModalReportsTheModalFiguresCcxPrints) {
     };
     const Model models[] = {
         {"one storey, heavy side at z = 3",
-         FrameDeck(1, false, [](int, int c) { return c < 2 ? 1000.0 : 3000.0; }),
+         Deck("frame-off-centre.inp"),
          false,
          "mass: diagonal over the equations: the frequency case is exact",
          {0, 3, 3}},
         {"three storeys, Z vertical",
-         FrameDeck(3, true, [](int s, int) { return 2500.0 - 500.0 * s; }),
+         Deck("frame-z-up.inp"),
          true,
          "mass: diagonal over the equations: the frequency case is exact",
          {0, 3, 9}},
-        {"solid column", SolidColumnDeck(), false, "mass: consistent, not diagonal", {1, 3, 1}},
+        {"solid column", Deck("solid-column.inp"), false, "mass: consistent, not diagonal", {1, 3, 1}},
     };
     for (const Model& model : models) {
         SCOPED_TRACE(model.name);
@@ -121,7 +93,7 @@ TEST(CcxModes, TreModalReportsTheModalFiguresCcxPrints) {
 }
 
 TEST(CcxModes, FailuresSayWhatFailedAndLeaveNothingBesideTheModel) {
-    const std::string frame = FrameDeck(1, false, [](int, int) { return 1000.0; });
+    const std::string frame = Deck("frame-off-centre.inp");
     const std::string stepLine =
         "deck.inp line " + std::to_string(std::count(frame.begin(), frame.end(), '\n') + 1);
     struct Case {

@@ -1,6 +1,6 @@
 // What the tests of tremodal-ccx share: a model folder in which they run
-// tremodal-ccx, ccx itself and TreModal, the decks of their small models, and
-// the comparison to the digits ccx prints.
+// tremodal-ccx, ccx itself and TreModal, the decks of their small models
+// (tests/ccx/decks/), and the comparison to the digits ccx prints.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,7 +8,6 @@
 #include <array>
 #include <cmath>
 #include <filesystem>
-#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -33,43 +32,9 @@ inline bool Agrees(double trem, double printed, double scale, double extra = 0) 
     return std::fabs(trem - printed) <= 2e-6 * std::fabs(printed) + 1e-7 * scale + extra;
 }
 
-// A B31 frame of `storeys` storeys on four columns, bay 4 by 3, storey 3,
-// deck Y vertical unless `zUp`; "massless" members of a tiny density, since
-// ccx's eigen-solution needs one. mass(storey, corner) is each node's point
-// mass, corners 0..3 counterclockwise from the origin.
-inline std::string FrameDeck(int storeys, bool zUp, const std::function<double(int, int)>& mass) {
-    std::ostringstream deck;
-    deck << "*HEADING\nFrame of " << storeys << " storeys\n*NODE\n";
-    const double plan[4][2] = {{0, 0}, {4, 0}, {4, 3}, {0, 3}};
-    for (int s = 0; s <= storeys; ++s) {
-        for (int c = 0; c < 4; ++c) {
-            const double up = 3.0 * s;
-            deck << 4 * s + c + 1 << ", " << plan[c][0] << ", " << (zUp ? plan[c][1] : up) << ", "
-                 << (zUp ? up : plan[c][1]) << "\n";
-        }
-    }
-    deck << "*ELEMENT, TYPE=B31, ELSET=COLS\n";
-    for (int s = 0; s < storeys; ++s)
-        for (int c = 0; c < 4; ++c)
-            deck << 4 * s + c + 1 << ", " << 4 * s + c + 1 << ", " << 4 * s + c + 5 << "\n";
-    deck << "*ELEMENT, TYPE=B31, ELSET=BEAMS\n";
-    for (int s = 1; s <= storeys; ++s)
-        for (int c = 0; c < 4; ++c)
-            deck << 100 + 4 * s + c << ", " << 4 * s + c + 1 << ", " << 4 * s + (c + 1) % 4 + 1 << "\n";
-    deck << "*MATERIAL, NAME=STEEL\n*ELASTIC\n2.1e11, 0.3\n*DENSITY\n1e-6\n"
-         << "*BEAM SECTION, ELSET=COLS, MATERIAL=STEEL, SECTION=RECT\n0.2, 0.3\n1, 0, 0\n"
-         << "*BEAM SECTION, ELSET=BEAMS, MATERIAL=STEEL, SECTION=RECT\n0.3, 0.5\n"
-         << (zUp ? "0, 0, 1\n" : "0, 1, 0\n");
-    for (int s = 1; s <= storeys; ++s) {
-        for (int c = 0; c < 4; ++c) {
-            const int e = 1000 + 4 * s + c;
-            deck << "*ELEMENT, TYPE=MASS, ELSET=M" << e << "\n"
-                 << e << ", " << 4 * s + c + 1 << "\n*MASS, ELSET=M" << e << "\n"
-                 << mass(s, c) << "\n";
-        }
-    }
-    deck << "*BOUNDARY\n1, 1, 6\n2, 1, 6\n3, 1, 6\n4, 1, 6\n";
-    return deck.str();
+// A deck of tests/ccx/decks/.
+inline std::string Deck(const std::string& name) {
+    return ReadFile(std::string(TREMODAL_SOURCE_DIR) + "/tests/ccx/decks/" + name);
 }
 
 // The model folder: dir/deck.inp, the model dir/M, TreModal's settings, and
