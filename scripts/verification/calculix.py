@@ -280,12 +280,12 @@ the equations) bound the agreement at about 10⁻⁶, and the six digits of the 
 - The example building `examples/calculix/building.inp`: three storeys, point masses at the joints
   and a plant room on one side of the roof, members of a tiny density. Its mass matrix is diagonal, so
   the frequency case is exact. Modes that a direction moves by less than 0.1 % of its mass are left out.
-- A solid column of 24 C3D8 bricks (`tests/ccx/decks/solid-column.inp`), 1 × 1 × 3 m of concrete with its consistent mass ({column_mass:.1f} kg
-  on the free nodes per direction). `tremodal-ccx modes` writes each equation's mass as the sum of its
-  row over the equations of its direction and announced that the effective masses differ from ccx's by
-  at most {announced} % of the total mass.
-- A braced truss tower of two storeys (`tests/ccx/decks/tower.inp`), Z vertical (`--vertical z`), missing mass on from case 10 with
-  the three translations: the solved cases that `tremodal-ccx solve` wrote (`.R10` to `.R12`, suite
+- A solid column of 24 C3D8 bricks (`tests/ccx/decks/solid-column.inp`), 1 × 1 × 3 m of concrete
+  with its consistent mass ({column_mass:.1f} kg on the free nodes per direction). `tremodal-ccx modes`
+  writes each equation's mass as the sum of its row over the equations of its direction and announced
+  that the effective masses differ from ccx's by at most {announced} % of the total mass.
+- A braced truss tower of two storeys (`tests/ccx/decks/tower.inp`), Z vertical (`--vertical z`),
+  missing mass on from case 10 with the three translations: the solved cases that `tremodal-ccx solve` wrote (`.R10` to `.R12`, suite
   axes) against the `.frd` file of ccx run by the script on the same loads (six digits), and the
   second pass's pseudo-mode, the last block of each `.HS<d>` file, against K u = F solved by numpy
   from the bars' axial stiffness E A / L.

@@ -199,6 +199,127 @@ int Report(std::ostream& err, const std::string& what, const std::string& keptIn
     return 1;
 }
 
+// The mode shapes ccx printed, on the suite's axes.
+struct SuiteShapes {
+    const std::vector<NodeValues>& Blocks;
+    AxisMap Axes;
+    f64 operator()(std::size_t mode, i32 node, int axis) const {
+        const auto at = Blocks[mode].find(node);
+        if (at == Blocks[mode].end()) return 0.0;
+        return Axes.DeckSign[axis] * at->second[std::size_t(Axes.DeckAxis[axis])];
+    }
+};
+
+// The equations: the translations of the deck's nodes that some mode moves,
+// node by node, x, y, z; each with ccx's equation of the freedom, the first
+// of the .dof list that names it. The equation map of every node.
+std::vector<Equation> MovingTranslations(const Deck& deck, const SuiteShapes& shape, std::size_t modes,
+                                         const std::vector<Freedom>& dofs,
+                                         std::vector<std::array<std::int32_t, 6>>& nodeDof) {
+    std::map<std::pair<i32, i32>, i32> ccxEquation;
+    for (std::size_t i = 0; i < dofs.size(); ++i) {
+        if (dofs[i].Number >= 1 && dofs[i].Number <= 3)
+            ccxEquation.emplace(std::make_pair(dofs[i].Node, dofs[i].Number), i32(i + 1));
+    }
+    std::vector<f64> largest(modes, 0.0);
+    for (std::size_t m = 0; m < modes; ++m) {
+        for (const auto& [node, values] : shape.Blocks[m]) {
+            for (const f64 v : values) largest[m] = std::max(largest[m], std::fabs(v));
+        }
+    }
+    std::vector<Equation> equations;
+    nodeDof.assign(std::size_t(deck.LastNode), {0, 0, 0, 0, 0, 0});
+    for (const DeckNode& node : deck.Nodes) {
+        for (int axis = 0; axis < 3; ++axis) {
+            bool moves = false;
+            for (std::size_t m = 0; m < modes && !moves; ++m)
+                moves = std::fabs(shape(m, node.Number, axis)) > kMoving * largest[m];
+            if (!moves) continue;
+            Equation e;
+            e.Node = node.Number;
+            e.Axis = axis;
+            const auto found = ccxEquation.find({node.Number, shape.Axes.DeckAxis[axis] + 1});
+            if (found != ccxEquation.end()) e.Ccx = found->second;
+            equations.push_back(e);
+            nodeDof[std::size_t(node.Number - 1)][std::size_t(axis)] =
+                NarrowI32(std::int64_t(equations.size()));
+        }
+    }
+    return equations;
+}
+
+// Each equation's mass: its row of ccx's mass matrix summed over the
+// equations of its axis, which keeps each direction's participation of a
+// consistent mass. True when the matrix is diagonal over the equations: no
+// term beside the diagonal reaches kDiagonal of the equation's own mass.
+bool LumpByRows(std::vector<Equation>& equations, const std::vector<MatrixTerm>& terms) {
+    i32 highest = 0;
+    for (const MatrixTerm& t : terms) highest = std::max({highest, t.Row, t.Column});
+    std::vector<Equation*> ofCcx(std::size_t(highest) + 1, nullptr);
+    for (Equation& e : equations) {
+        if (e.Ccx > 0 && e.Ccx <= highest) ofCcx[std::size_t(e.Ccx)] = &e;
+    }
+    for (const MatrixTerm& t : terms) {
+        if (t.Row == t.Column && ofCcx[std::size_t(t.Row)]) ofCcx[std::size_t(t.Row)]->Diagonal += t.Value;
+    }
+    bool diagonal = true;
+    for (const MatrixTerm& t : terms) {
+        Equation* row = ofCcx[std::size_t(t.Row)];
+        Equation* column = ofCcx[std::size_t(t.Column)];
+        if (t.Row == t.Column) {
+            if (row) row->Mass += t.Value;
+            continue;
+        }
+        for (const Equation* e : {row, column}) {
+            if (e && std::fabs(t.Value) > kDiagonal * std::fabs(e->Diagonal)) diagonal = false;
+        }
+        if (row && column && row->Axis == column->Axis) {
+            row->Mass += t.Value;
+            column->Mass += t.Value;
+        }
+    }
+    return diagonal;
+}
+
+// The size file: an unused text, the model's name and title, three texts
+// on how it was made, the size figures (no elements; the nodes up to the
+// highest number), seven texts and the unit flag 0.
+void WriteSizeFile(const std::string& path, const ModesRequest& request, const Deck& deck, i32 equations,
+                   std::size_t modes, bool diagonal) {
+    const std::string deckName = fs::path(request.Deck).filename().string();
+    PrintFile size(path, TextMode::Output);
+    size.Line("CALCULIX MODEL");
+    size.Line(FieldText(fs::path(request.Model).filename().string()));
+    size.Line(FieldText(deck.Title.empty() ? deckName : deck.Title));
+    size.Line("deck " + FieldText(deckName));
+    size.Line(std::string("vertical ") + (request.Up == Vertical::Z ? "z" : "y"));
+    size.Line("written by tremodal-ccx");
+    size.Line("0,0," + GeneralText(deck.LastNode) + ",0");
+    size.Line("equations " + GeneralText(equations));
+    size.Line("modes " + GeneralText(i32(modes)));
+    size.Line("frequency case " + request.Case);
+    size.Line(diagonal ? "lumped mass" : "consistent mass lumped by rows");
+    for (int k = 0; k < 3; ++k) size.Line("-");
+    size.Line("0");
+    size.Close();
+}
+
+// The coordinate records of nodes 1 to the highest, on the suite's axes;
+// numbers the deck does not use get zeros.
+std::vector<unsigned char> CoordinateRecords(const Deck& deck, const AxisMap& axes) {
+    std::vector<unsigned char> records;
+    const std::vector<const DeckNode*> byNumber = NodesByNumber(deck);
+    for (i32 n = 1; n <= deck.LastNode; ++n) {
+        const DeckNode* node = byNumber[std::size_t(n)];
+        PutI16(records, NarrowI16(n));
+        for (int axis = 0; axis < 3; ++axis) {
+            const f64 at = node ? axes.DeckSign[axis] * node->At[std::size_t(axes.DeckAxis[axis])] : 0.0;
+            PutF32(records, StoreF32(at));
+        }
+    }
+    return records;
+}
+
 }  // namespace
 
 AxisMap AxesFor(Vertical vertical) {
@@ -221,10 +342,11 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         scratch.Run("modes", "the eigen-solution");
         scratch.Run("mass", "the mass matrix");
 
-        const ModalTables tables = ReadModalTables(ReadText(scratch.File("modes.dat")));
-        const std::vector<NodeValues> shapes = ReadPrintedDisplacements(ReadText(scratch.File("modes.dat")));
+        const std::string dat = ReadText(scratch.File("modes.dat"));
+        const ModalTables tables = ReadModalTables(dat);
+        const std::vector<NodeValues> blocks = ReadPrintedDisplacements(dat);
         const std::size_t modeCount = tables.Eigenvalues.size();
-        if (modeCount == 0 || shapes.size() < modeCount || tables.EffectiveMass.size() < modeCount) {
+        if (modeCount == 0 || blocks.size() < modeCount || tables.EffectiveMass.size() < modeCount) {
             throw CcxFailed{"ccx left no modes in modes.dat (eigenvalues, shapes and effective masses)"};
         }
         const std::vector<Freedom> dofs = ReadDofList(ReadText(scratch.File("mass.dof")));
@@ -232,94 +354,28 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         if (dofs.empty() || terms.empty()) throw CcxFailed{"ccx left no mass matrix (mass.dof, mass.mas)"};
 
         const AxisMap axes = AxesFor(request.Up);
-        // ccx's equation of each deck node's translation: the first that names it.
-        std::map<std::pair<i32, i32>, i32> ccxEquation;
-        for (std::size_t i = 0; i < dofs.size(); ++i) {
-            if (dofs[i].Number >= 1 && dofs[i].Number <= 3)
-                ccxEquation.emplace(std::make_pair(dofs[i].Node, dofs[i].Number), i32(i + 1));
-        }
-        std::vector<f64> largest(modeCount, 0.0);
-        for (std::size_t m = 0; m < modeCount; ++m) {
-            for (const auto& [node, values] : shapes[m]) {
-                for (const f64 v : values) largest[m] = std::max(largest[m], std::fabs(v));
-            }
-        }
-        const auto shape = [&](std::size_t m, i32 node, int axis) {
-            const auto at = shapes[m].find(node);
-            if (at == shapes[m].end()) return 0.0;
-            return axes.DeckSign[axis] * at->second[std::size_t(axes.DeckAxis[axis])];
-        };
-        std::vector<Equation> equations;
-        std::vector<std::array<std::int32_t, 6>> nodeDof(std::size_t(deck.LastNode), {0, 0, 0, 0, 0, 0});
-        for (const DeckNode& node : deck.Nodes) {
-            for (int axis = 0; axis < 3; ++axis) {
-                bool moves = false;
-                for (std::size_t m = 0; m < modeCount && !moves; ++m)
-                    moves = std::fabs(shape(m, node.Number, axis)) > kMoving * largest[m];
-                if (!moves) continue;
-                Equation e;
-                e.Node = node.Number;
-                e.Axis = axis;
-                const auto found = ccxEquation.find({node.Number, axes.DeckAxis[axis] + 1});
-                if (found != ccxEquation.end()) e.Ccx = found->second;
-                equations.push_back(e);
-                nodeDof[std::size_t(node.Number - 1)][std::size_t(axis)] =
-                    NarrowI32(std::int64_t(equations.size()));
-            }
-        }
+        const SuiteShapes shape{blocks, axes};
+        std::vector<std::array<std::int32_t, 6>> nodeDof;
+        std::vector<Equation> equations = MovingTranslations(deck, shape, modeCount, dofs, nodeDof);
         if (equations.empty()) throw CcxFailed{"no node of the deck moves in the modes ccx found"};
+        const bool diagonal = LumpByRows(equations, terms);
 
-        // The mass: each equation's row summed over the equations of its
-        // axis, which keeps each direction's participation of a consistent
-        // mass; diagonal when nothing beside the diagonal counts.
-        i32 highest = 0;
-        for (const MatrixTerm& t : terms) highest = std::max({highest, t.Row, t.Column});
-        std::vector<i32> caseEquation(std::size_t(highest) + 1, 0);
-        for (std::size_t e = 0; e < equations.size(); ++e) {
-            if (equations[e].Ccx <= highest && equations[e].Ccx > 0)
-                caseEquation[std::size_t(equations[e].Ccx)] = i32(e + 1);
-        }
-        for (const MatrixTerm& t : terms) {
-            if (t.Row == t.Column && caseEquation[std::size_t(t.Row)] > 0)
-                equations[std::size_t(caseEquation[std::size_t(t.Row)] - 1)].Diagonal += t.Value;
-        }
-        bool diagonal = true;
-        for (const MatrixTerm& t : terms) {
-            Equation* row = caseEquation[std::size_t(t.Row)]
-                                ? &equations[std::size_t(caseEquation[std::size_t(t.Row)] - 1)]
-                                : nullptr;
-            Equation* column = caseEquation[std::size_t(t.Column)]
-                                   ? &equations[std::size_t(caseEquation[std::size_t(t.Column)] - 1)]
-                                   : nullptr;
-            if (t.Row == t.Column) {
-                if (row) row->Mass += t.Value;
-                continue;
-            }
-            for (Equation* e : {row, column}) {
-                if (e && std::fabs(t.Value) > kDiagonal * std::fabs(e->Diagonal)) diagonal = false;
-            }
-            if (row && column && row->Axis == column->Axis) {
-                row->Mass += t.Value;
-                column->Mass += t.Value;
-            }
-        }
-
-        // What TreModal will report against what ccx printed.
+        // What TreModal will report against what ccx printed: the mass of
+        // each direction, and each mode's effective mass (the square of
+        // the sum of mass times shape) as a share of ccx's total.
         std::array<f64, 3> caseTotal{}, ccxTotal{}, worst{};
         for (const Equation& e : equations) caseTotal[std::size_t(e.Axis)] += e.Mass;
         for (int axis = 0; axis < 3; ++axis) {
-            ccxTotal[std::size_t(axis)] = tables.TotalMass[std::size_t(axes.DeckAxis[axis])];
-            for (std::size_t m = 0; m < modeCount; ++m) {
+            const std::size_t deckAxis = std::size_t(axes.DeckAxis[axis]);
+            ccxTotal[std::size_t(axis)] = tables.TotalMass[deckAxis];
+            for (std::size_t m = 0; m < modeCount && ccxTotal[std::size_t(axis)] > 0; ++m) {
                 f64 gamma = 0;
                 for (const Equation& e : equations) {
                     if (e.Axis == axis) gamma += e.Mass * shape(m, e.Node, axis);
                 }
-                const f64 printed = tables.EffectiveMass[m][std::size_t(axes.DeckAxis[axis])];
-                if (ccxTotal[std::size_t(axis)] > 0) {
-                    worst[std::size_t(axis)] =
-                        std::max(worst[std::size_t(axis)],
-                                 std::fabs(gamma * gamma - printed) / ccxTotal[std::size_t(axis)]);
-                }
+                const f64 share = std::fabs(gamma * gamma - tables.EffectiveMass[m][deckAxis]) /
+                                  ccxTotal[std::size_t(axis)];
+                worst[std::size_t(axis)] = std::max(worst[std::size_t(axis)], share);
             }
         }
 
@@ -339,39 +395,8 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         for (const Equation& e : equations) c.Masses.push_back(e.Mass);
 
         PendingFiles pending;
-        const std::string name = fs::path(request.Model).filename().string();
-        {
-            PrintFile size(pending.Add(request.Model + ".XSZ"), TextMode::Output);
-            size.Line("CALCULIX MODEL");
-            size.Line(FieldText(name));
-            size.Line(
-                FieldText(deck.Title.empty() ? fs::path(request.Deck).filename().string() : deck.Title));
-            size.Line("deck " + FieldText(fs::path(request.Deck).filename().string()));
-            size.Line(std::string("vertical ") + (request.Up == Vertical::Z ? "z" : "y"));
-            size.Line("written by tremodal-ccx");
-            size.Line("0,0," + GeneralText(deck.LastNode) + ",0");
-            size.Line("equations " + GeneralText(c.NumDof));
-            size.Line("modes " + GeneralText(i32(modeCount)));
-            size.Line("frequency case " + request.Case);
-            size.Line(diagonal ? "lumped mass" : "consistent mass lumped by rows");
-            size.Line("-");
-            size.Line("-");
-            size.Line("-");
-            size.Line("0");
-            size.Close();
-        }
-        std::vector<unsigned char> coordinates;
-        const std::vector<const DeckNode*> byNumber = NodesByNumber(deck);
-        for (i32 n = 1; n <= deck.LastNode; ++n) {
-            PutI16(coordinates, NarrowI16(n));
-            for (int axis = 0; axis < 3; ++axis) {
-                const DeckNode* node = byNumber[std::size_t(n)];
-                PutF32(
-                    coordinates,
-                    node ? StoreF32(axes.DeckSign[axis] * node->At[std::size_t(axes.DeckAxis[axis])]) : 0.0f);
-            }
-        }
-        WriteBinary(pending.Add(request.Model + ".XYZ"), coordinates);
+        WriteSizeFile(pending.Add(request.Model + ".XSZ"), request, deck, c.NumDof, modeCount, diagonal);
+        WriteBinary(pending.Add(request.Model + ".XYZ"), CoordinateRecords(deck, axes));
         const std::string caseBytes = example::FrequencyCaseBytes(c);
         WriteBinary(pending.Add(request.Model + ".H" + request.Case),
                     std::vector<unsigned char>(caseBytes.begin(), caseBytes.end()));
