@@ -8,6 +8,7 @@
 #include <regex>
 
 #include "ccx_workspace.h"
+#include "tools/frequency_case_writer.h"
 
 namespace tremodal::ccxtest {
 namespace {
@@ -90,6 +91,38 @@ TEST(CcxModes, TreModalReportsTheModalFiguresCcxPrints) {
                 << "direction " << d + 1 << " mode " << m + 1 << ": " << row[3] << " against " << mass;
         }
     }
+}
+
+// What modes makes of ccx's files, from a stand-in ccx that leaves them: a
+// node swaying in x, a mode of eigenvalue -50 (of no frequency, left out)
+// and one of 100 in which it moves by 0.5; its mass is 4.
+TEST(CcxModes, TheFrequencyCaseHoldsTheModesOfAFrequencyAndTheMovingFreedoms) {
+    Workspace w;
+    std::filesystem::create_directories(w.dir.File("ccx"));
+    WriteFile(w.dir.File("deck.inp"), "*NODE\n1, 0, 0, 0\n2, 0, 3, 0\n");
+    WriteFile(w.dir.File("ccx/modes.dat"),
+              "E I G E N V A L U E   O U T P U T\n 1 -0.5E+02 0 0 0.7E+01\n 2 0.1E+03 0.1E+02 0.16E+01 0\n"
+              "E F F E C T I V E   M O D A L   M A S S\n 1 0 0 0 0 0 0\n 2 1 0 0 0 0 0\n"
+              "T O T A L   E F F E C T I V E   M A S S\n 4 4 4 0 0 0\n"
+              "displacements (vx,vy,vz) for set A and time 1\n 1 0 1E-22 0\n 2 1.0 0 0\n"
+              "displacements (vx,vy,vz) for set A and time 1\n 1 0 1E-22 0\n 2 0.5 0 0\n");
+    WriteFile(w.dir.File("ccx/mass.dof"), "2.1\n2.2\n2.3\n");
+    WriteFile(w.dir.File("ccx/mass.mas"), "1 1 4\n2 2 4\n3 3 4\n");
+    WriteFile(w.dir.File("ccx/ccx"), "#!/bin/sh\ncp \"$(dirname \"$0\")/$1\".* .\n");
+    std::filesystem::permissions(w.dir.File("ccx/ccx"), std::filesystem::perms::owner_all);
+    ASSERT_EQ(w.TremCcx("modes deck.inp M", "CCX=" + w.dir.File("ccx/ccx")), 0) << w.err;
+    EXPECT_NE(w.out.find("ccx's modes 1 to 1 have an eigenvalue of 0 or below and are left out"),
+              std::string::npos)
+        << w.out;
+    example::FrequencyCaseData c;
+    c.CaseNodes = 2;
+    c.NumDof = 1;
+    c.DirMass = {4, 0, 0, 0, 0, 0};
+    c.Eigenvalues = {100};
+    c.NodeDof = {{0, 0, 0, 0, 0, 0}, {1, 0, 0, 0, 0, 0}};
+    c.Shapes = {{0, 0.5f}};
+    c.Masses = {4};
+    EXPECT_EQ(ReadFile(w.File(".H1")), example::FrequencyCaseBytes(c));
 }
 
 TEST(CcxModes, FailuresSayWhatFailedAndLeaveNothingBesideTheModel) {
