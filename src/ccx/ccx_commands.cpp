@@ -29,8 +29,8 @@ namespace {
 // The node set of the deck's own nodes, which the added steps print.
 constexpr const char* kNodeSet = "TREMODALNODES";
 // A freedom moves when some mode moves it by more than this share of the
-// mode's largest displacement: restrained freedoms print as 0 or as noise of
-// the order of 1e-20.
+// largest displacement of all the modes: restrained freedoms print as 0 or as
+// noise of the order of 1e-20.
 constexpr f64 kMoving = 1e-10;
 // The mass matrix counts as diagonal over the equations when no term beside
 // the diagonal reaches this share of the equation's own mass: far below the
@@ -213,18 +213,18 @@ struct SuiteShapes {
 // The equations: the translations of the deck's nodes that some mode moves,
 // node by node, x, y, z; each with ccx's equation of the freedom, the first
 // of the .dof list that names it. The equation map of every node.
-std::vector<Equation> MovingTranslations(const Deck& deck, const SuiteShapes& shape, std::size_t modes,
-                                         const std::vector<Freedom>& dofs,
+std::vector<Equation> MovingTranslations(const Deck& deck, const SuiteShapes& shape, std::size_t first,
+                                         std::size_t modes, const std::vector<Freedom>& dofs,
                                          std::vector<std::array<std::int32_t, 6>>& nodeDof) {
     std::map<std::pair<i32, i32>, i32> ccxEquation;
     for (std::size_t i = 0; i < dofs.size(); ++i) {
         if (dofs[i].Number >= 1 && dofs[i].Number <= 3)
             ccxEquation.emplace(std::make_pair(dofs[i].Node, dofs[i].Number), i32(i + 1));
     }
-    std::vector<f64> largest(modes, 0.0);
-    for (std::size_t m = 0; m < modes; ++m) {
+    f64 largest = 0;
+    for (std::size_t m = first; m < modes; ++m) {
         for (const auto& [node, values] : shape.Blocks[m]) {
-            for (const f64 v : values) largest[m] = std::max(largest[m], std::fabs(v));
+            for (const f64 v : values) largest = std::max(largest, std::fabs(v));
         }
     }
     std::vector<Equation> equations;
@@ -232,8 +232,8 @@ std::vector<Equation> MovingTranslations(const Deck& deck, const SuiteShapes& sh
     for (const DeckNode& node : deck.Nodes) {
         for (int axis = 0; axis < 3; ++axis) {
             bool moves = false;
-            for (std::size_t m = 0; m < modes && !moves; ++m)
-                moves = std::fabs(shape(m, node.Number, axis)) > kMoving * largest[m];
+            for (std::size_t m = first; m < modes && !moves; ++m)
+                moves = std::fabs(shape(m, node.Number, axis)) > kMoving * largest;
             if (!moves) continue;
             Equation e;
             e.Node = node.Number;
@@ -349,6 +349,12 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         if (modeCount == 0 || blocks.size() < modeCount || tables.EffectiveMass.size() < modeCount) {
             throw CcxFailed{"ccx left no modes in modes.dat (eigenvalues, shapes and effective masses)"};
         }
+        // ccx lists the modes by ascending eigenvalue; those of 0 or below
+        // (rigid body motion, or spurious ones of near massless members)
+        // have no frequency and are left out.
+        std::size_t first = 0;
+        while (first < modeCount && !(tables.Eigenvalues[first] > 0)) ++first;
+        if (first == modeCount) throw CcxFailed{"ccx found no mode with an eigenvalue above 0"};
         const std::vector<Freedom> dofs = ReadDofList(ReadText(scratch.File("mass.dof")));
         const std::vector<MatrixTerm> terms = ReadMatrixTerms(ReadText(scratch.File("mass.mas")));
         if (dofs.empty() || terms.empty()) throw CcxFailed{"ccx left no mass matrix (mass.dof, mass.mas)"};
@@ -356,7 +362,7 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         const AxisMap axes = AxesFor(request.Up);
         const SuiteShapes shape{blocks, axes};
         std::vector<std::array<std::int32_t, 6>> nodeDof;
-        std::vector<Equation> equations = MovingTranslations(deck, shape, modeCount, dofs, nodeDof);
+        std::vector<Equation> equations = MovingTranslations(deck, shape, first, modeCount, dofs, nodeDof);
         if (equations.empty()) throw CcxFailed{"no node of the deck moves in the modes ccx found"};
         const bool diagonal = LumpByRows(equations, terms);
 
@@ -368,7 +374,7 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         for (int axis = 0; axis < 3; ++axis) {
             const std::size_t deckAxis = std::size_t(axes.DeckAxis[axis]);
             ccxTotal[std::size_t(axis)] = tables.TotalMass[deckAxis];
-            for (std::size_t m = 0; m < modeCount && ccxTotal[std::size_t(axis)] > 0; ++m) {
+            for (std::size_t m = first; m < modeCount && ccxTotal[std::size_t(axis)] > 0; ++m) {
                 f64 gamma = 0;
                 for (const Equation& e : equations) {
                     if (e.Axis == axis) gamma += e.Mass * shape(m, e.Node, axis);
@@ -383,9 +389,9 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         c.CaseNodes = deck.LastNode;
         c.NumDof = NarrowI32(std::int64_t(equations.size()));
         c.DirMass = {StoreF32(caseTotal[0]), StoreF32(caseTotal[1]), StoreF32(caseTotal[2]), 0, 0, 0};
-        c.Eigenvalues = tables.Eigenvalues;
+        c.Eigenvalues.assign(tables.Eigenvalues.begin() + std::ptrdiff_t(first), tables.Eigenvalues.end());
         c.NodeDof = nodeDof;
-        for (std::size_t m = 0; m < modeCount; ++m) {
+        for (std::size_t m = first; m < modeCount; ++m) {
             std::vector<f32> values(equations.size() + 1, 0.0f);
             for (std::size_t e = 0; e < equations.size(); ++e)
                 values[e + 1] = StoreF32(shape(m, equations[e].Node, equations[e].Axis));
@@ -395,7 +401,8 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         for (const Equation& e : equations) c.Masses.push_back(e.Mass);
 
         PendingFiles pending;
-        WriteSizeFile(pending.Add(request.Model + ".XSZ"), request, deck, c.NumDof, modeCount, diagonal);
+        WriteSizeFile(pending.Add(request.Model + ".XSZ"), request, deck, c.NumDof, modeCount - first,
+                      diagonal);
         WriteBinary(pending.Add(request.Model + ".XYZ"), CoordinateRecords(deck, axes));
         const std::string caseBytes = example::FrequencyCaseBytes(c);
         WriteBinary(pending.Add(request.Model + ".H" + request.Case),
@@ -403,12 +410,19 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
         pending.Commit();
         scratch.Done();
 
-        const f64 low = std::sqrt(std::max(0.0, tables.Eigenvalues.front()));
+        const f64 low = std::sqrt(tables.Eigenvalues[first]);
         const f64 high = std::sqrt(std::max(0.0, tables.Eigenvalues.back()));
         out << "tremodal-ccx modes: " << request.Deck << "\n";
         out << "  nodes " << GeneralText(i32(deck.Nodes.size())) << " (numbered up to "
             << GeneralText(deck.LastNode) << "), equations " << GeneralText(c.NumDof) << ", modes "
-            << GeneralText(i32(modeCount)) << "\n";
+            << GeneralText(i32(modeCount - first)) << "\n";
+        if (first > 0) {
+            out << "  ccx's modes 1 to " << GeneralText(i32(first))
+                << " have an eigenvalue of 0 or below and are left out: mode 1 of the frequency case is "
+                   "ccx's "
+                   "mode "
+                << GeneralText(i32(first + 1)) << "\n";
+        }
         out << "  frequencies " << Figure(low / (2 * kPi)) << " to " << Figure(high / (2 * kPi)) << " Hz ("
             << Figure(low) << " to " << Figure(high) << " rad/s)\n";
         out << "  total mass x " << Figure(caseTotal[0]) << ", y " << Figure(caseTotal[1]) << ", z "
