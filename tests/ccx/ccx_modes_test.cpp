@@ -66,8 +66,9 @@ TEST(CcxModes, TreModalReportsTheModalFiguresCcxPrints) {
             ccx::ReadModalTables(w.Ccx(model.deck, "*STEP\n*FREQUENCY\n6\n*END STEP\n", "ref"));
         ASSERT_EQ(printed.Eigenvalues.size(), 6u);
         w.WriteOptions(false);
-        ASSERT_EQ(testing::RunTreModalIn(w.dir.Path(), "--report 1 --model M --csv csv > report.txt"), 0)
-            << ReadFile(w.dir.File("stderr.txt"));
+        const testing::ProgramRun report =
+            testing::RunTreModal(w.dir.Path(), "--report 1 --model M --csv csv");
+        ASSERT_EQ(report.status, 0) << report.err;
 
         const auto modes = w.Csv("modes.csv");
         ASSERT_EQ(modes.size(), 6u);
