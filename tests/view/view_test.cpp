@@ -202,7 +202,7 @@ TEST(Form2View, ExecuteShowsTheReportFollowsCasepostAndDrawsTheCharts) {
         EXPECT_LT(list->geometry().bottom(), d.Control("Command4")->geometry().top());
         std::vector<std::string> shown;
         for (int i = 0; i < list->count(); ++i) shown.push_back(list->item(i)->text().toStdString());
-        EXPECT_EQ(shown, *interpolation == '0' ? d.state.List1 : shown);
+        EXPECT_EQ(shown, d.state.List1);  // the second run's report differs only in its middle
 
         auto* timer = d.Control<QTimer>("Timer1");
         EXPECT_TRUE(timer->isActive());
