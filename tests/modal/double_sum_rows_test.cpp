@@ -111,15 +111,23 @@ TEST(DoubleSumRows, EveryMethodOnSeveralThreadsKeepsTheBitsOfTheSingleBySingleSu
     for (const unsigned seed : {1u, 2u}) {
         RunState s;
         MakeModes(s, 700, seed);
+        // A negative direction factor turns the modal shears round.
+        if (seed == 2) s.Options.DirFactor(1) = -0.7f;
         // SRSS and the grouping on shears that are not round numbers: a sum
         // in double rounded once at the end comes out otherwise.
         const ModalShears exact = ShearsOf(s, false), single = ShearsOf(s, true);
         ASSERT_NE(f32(closed_form::SrssSum(exact)), closed_form::SrssSum<f32>(exact));
         ASSERT_NE(f32(closed_form::TenPercentSum(single)), closed_form::TenPercentSum<f32>(single));
-        const f32 expected[] = {closed_form::SrssSum<f32>(exact), PlainDoubleSum(s, 1),
-                                closed_form::TenPercentSum<f32>(single), PlainDoubleSum(s, 3)};
-        for (const int method : {0, 1, 2, 3}) {
-            s.Options.CombMethod = i16(method);
+        // The last, the double sum with a duration of 0, which stands for 10 s.
+        s.Options.Duration = 10;
+        const f32 tenSeconds = PlainDoubleSum(s, 3);
+        s.Options.Duration = 12;
+        const f32 expected[] = {closed_form::SrssSum<f32>(exact),        PlainDoubleSum(s, 1),
+                                closed_form::TenPercentSum<f32>(single), PlainDoubleSum(s, 3),
+                                closed_form::AbsSum<f32>(exact),         tenSeconds};
+        for (const int method : {0, 1, 2, 3, 4, 5}) {
+            s.Options.CombMethod = i16(method == 5 ? 3 : method);
+            s.Options.Duration = method == 5 ? 0 : 12;
             for (const int threads : {1, 2, 3}) {
                 Threads count(threads, threads != 2);
                 CombineBaseShear(s, 1);
