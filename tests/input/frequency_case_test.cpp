@@ -105,14 +105,17 @@ TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
 TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
     // Ten modes announced, the third eigenvalue is the zero: the shape block
     // of two modes follows the zero directly and the file ends with the mass
-    // block. The arrays keep room for the ten announced modes.
+    // block. The arrays keep room for the ten announced modes. Equations are
+    // not tied to the case nodes: 40 equations, two nodes.
     CaseFixture f;
     FrequencyCaseData c = TwoNodeCase();
     c.Modes = 10;
+    c.NumDof = 40;
+    c.Masses.resize(40, 1.0);
     c.Eigenvalues = {39.5, 412.25, 0.0};
     c.Shapes.resize(2);
     const std::string bytes = FrequencyCaseBytes(c);
-    ASSERT_EQ(bytes.size(), 40u + 3 * 8 + 2 * 2 * 48 + 4 + 4 + 6 * 8);
+    ASSERT_EQ(bytes.size(), 40u + 3 * 8 + 2 * 2 * 48 + 4 + 4 + 40 * 8);
     f.Write(bytes);
     f.ReadAll();
     const FrequencyCase& r = f.state.Freq;
@@ -121,16 +124,8 @@ TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
     EXPECT_EQ(r.ModeShape.Upper2(), 10);
     EXPECT_EQ(r.ModeShape(3, 2), 3.5f);
     EXPECT_EQ(r.MassTerms(6), 7.1f);
+    EXPECT_EQ(r.MassTerms(40), 1.0f);
     EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
-
-    // Equations are not tied to the case nodes: 40 equations, two nodes.
-    CaseFixture g;
-    c.NumDof = 40;
-    c.Masses.resize(40, 1.0);
-    g.Write(FrequencyCaseBytes(c));
-    g.ReadAll();
-    EXPECT_EQ(g.state.Freq.NumDof, 40);
-    EXPECT_EQ(g.state.Freq.MassTerms(40), 1.0f);
 
     // No mode at all: the equation count stands by itself.
     CaseFixture h;
@@ -203,10 +198,6 @@ TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
         {pairs(BytesI32(7), BytesI32(-1)), kSubscriptOutOfRange, true, "subscript 7 outside 0..6"},
         {pairs(BytesI32(3) + BytesF32(inf), BytesI32(-1)), kOverflow, true,
          "overflow: Inf does not fit a single"},
-        {pairs(BytesI32(3) + BytesF32(-inf), BytesI32(-1)), kOverflow, true,
-         "overflow: -Inf does not fit a single"},
-        {pairs(BytesI32(3) + BytesF32(std::nanf("")), BytesI32(7)), kOverflow, true,
-         "overflow: not a number stored in a single"},
     };
     // Cut in the header, eigenvalues, shape block, mass form, mass count,
     // masses; the discarded word and the last term of the square block.

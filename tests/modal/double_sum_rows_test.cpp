@@ -23,15 +23,12 @@ using closed_form::ModalShears;
 // Several threads share out even these few hundred rows, as they would the
 // rows of thousands of modes; the wide registers on or off.
 struct Threads {
-    Threads(int count, bool wide) {
+    Threads(int count, bool wide) { Set(count, wide); }
+    ~Threads() { Set(1, true); }
+    static void Set(int count, bool wide) {
         SetWorkerThreads(count);
         SetSmallShares(count > 1);
         AllowWideRegisters(wide);
-    }
-    ~Threads() {
-        SetWorkerThreads(1);
-        SetSmallShares(false);
-        AllowWideRegisters(true);
     }
 };
 
@@ -199,42 +196,38 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
             damped[m] = f32(closed_form::DampedOmega(omega[m], zeta[m]));
             effective[m] = f32(closed_form::EffectiveDamping(omega[m], zeta[m], 15));
         }
-        const auto cqc = [&](f64* terms, i32 i) {
-            return detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i, terms);
+        std::vector<f64> terms(n);
+        const auto row = [&](bool isCqc, i32 i) {
+            return isCqc ? detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i,
+                                               terms.data())
+                         : detail::DsmRowTerms(omega.data(), damped.data(), effective.data(), shear.data(), 1,
+                                               count, i, terms.data());
         };
-        const auto dsm = [&](f64* terms, i32 i) {
-            return detail::DsmRowTerms(omega.data(), damped.data(), effective.data(), shear.data(), 1, count,
-                                       i, terms);
-        };
-        std::vector<f64> wide(n), narrow(n);
-        for (i32 i = 1; i <= count; ++i) {
-            for (const bool isCqc : {true, false}) {
-                AllowWideRegisters(true);
-                ASSERT_TRUE(isCqc ? cqc(wide.data(), i) : dsm(wide.data(), i)) << i;
-                AllowWideRegisters(false);
-                ASSERT_TRUE(isCqc ? cqc(narrow.data(), i) : dsm(narrow.data(), i)) << i;
-                for (i32 j = 1; j <= count; ++j) {
-                    const std::size_t k = std::size_t(j - 1), ui = std::size_t(i), uj = std::size_t(j);
-                    ASSERT_EQ(std::bit_cast<std::uint64_t>(wide[k]), std::bit_cast<std::uint64_t>(narrow[k]))
-                        << isCqc << " " << i << ", " << j;
-                    const f64 term =
-                        isCqc ? CqcRho(omega[ui], omega[uj], zeta[ui], zeta[uj]) * shear[ui] * shear[uj]
-                              : f64(shear[uj]) * shear[ui] *
-                                    DsmRho(omega[ui], omega[uj], damped[ui], damped[uj], effective[ui],
-                                           effective[uj]);
-                    ASSERT_EQ(wide[k], term) << isCqc << " " << i << ", " << j;
+        for (const bool wide : {true, false}) {
+            AllowWideRegisters(wide);
+            for (i32 i = 1; i <= count; ++i) {
+                for (const bool isCqc : {true, false}) {
+                    ASSERT_TRUE(row(isCqc, i)) << i;
+                    for (i32 j = 1; j <= count; ++j) {
+                        const std::size_t a = std::size_t(i), b = std::size_t(j);
+                        const f64 term =
+                            isCqc ? CqcRho(omega[a], omega[b], zeta[a], zeta[b]) * shear[a] * shear[b]
+                                  : f64(shear[b]) * shear[a] *
+                                        DsmRho(omega[a], omega[b], damped[a], damped[b], effective[a],
+                                               effective[b]);
+                        ASSERT_EQ(std::bit_cast<std::uint64_t>(terms[b - 1]),
+                                  std::bit_cast<std::uint64_t>(term))
+                            << wide << isCqc << " " << i << ", " << j;
+                    }
                 }
             }
-        }
-        // A fault anywhere in the row, in the first four terms or the tail.
-        const std::vector<f32> keepZeta = zeta, keepOmega = omega, keepEffective = effective;
-        for (const std::size_t at : {std::size_t(2), std::size_t(count)}) {
-            for (const bool allow : {true, false}) {
-                AllowWideRegisters(allow);
+            // A fault anywhere in the row, in the first four terms or the tail.
+            for (const std::size_t at : {std::size_t(2), std::size_t(count)}) {
+                const std::vector<f32> keepZeta = zeta, keepOmega = omega, keepEffective = effective;
                 zeta[at] = -0.01f;
-                EXPECT_FALSE(cqc(wide.data(), 1));
+                EXPECT_FALSE(row(true, 1));
                 omega[at] = effective[at] = effective[1] = 0;
-                EXPECT_FALSE(dsm(wide.data(), 1));
+                EXPECT_FALSE(row(false, 1));
                 zeta = keepZeta, omega = keepOmega, effective = keepEffective;
             }
         }
