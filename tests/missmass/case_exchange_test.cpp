@@ -29,13 +29,11 @@ TEST(CaseExchange, ACaseThatEndsInsideItsNodeResultsIsInvalid) {
         testing::WriteFile(dir.File("FRAME.R10"), bytes.substr(0, length));
         ReadMissMassResults(s);
         if (length == bytes.size()) {
-            // The pseudo-mode follows the modes, at the frequency of the
-            // curve's first point and with mode 1's damping.
+            // Node 2's z. The pseudo-mode's frequency and damping are the
+            // missing mass run's part.
             EXPECT_TRUE(host.Messages.empty());
             EXPECT_EQ(s.MissMassRead, 1);
             EXPECT_EQ(s.MissMassDof(1), 4.5f);
-            EXPECT_EQ(s.Freq.Omega(2), f32(6.283185 / f64(0.03f)));
-            EXPECT_EQ(s.ModalDamping(2), 0.05f);
         } else {
             // The direction goes on without the pseudo-mode.
             EXPECT_EQ(host.Messages,

@@ -1,14 +1,13 @@
 // The accelerations file, which only the dialog asks for: its lines are print
 // statements with Tab(6), Tab(11) and Tab(12), and a tab to a column the line
-// has already passed goes to that column of the next line. So a node number
-// from 1000 on (" 1000 " ends past column 6) and a mode number from 1000 on
-// break their lines, and the ABS row always begins on a line of its own.
+// has already passed goes to that column of the next line. So a mode number
+// from 1000 on breaks its line (as a node number from 1000 on does, by the
+// same tab), and the ABS row always begins on a line of its own.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <string>
 
-#include "support/closed_form.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {
@@ -41,35 +40,7 @@ double ModePeriod(double eigenvalue) {
     return float(6.28318530717958 / double(float(std::sqrt(eigenvalue))));
 }
 
-TEST(AccelFile, NodeNumbersFrom1000OnBreakTheirLines) {
-    // The one-column building of 999 storeys: node 1000 is the top floor.
-    const testing::ExampleModel model(
-        "--storeys 999 --modes 2 --directions 1 --comb SRSS --spectrum flat "
-        "--flat-value 0.3");
-    InProcessRun run(model.dir.Path(), "1/20/");
-    run.state.Options.CreateAccelFile = 1;
-    run.Analyze();
-
-    // The first x mode on the flat curve: a Gamma phi at a floor, Gamma phi
-    // being 2 / (2N + 1) cot(theta / 2) sin(j theta) in closed form.
-    const int storeys = 999;
-    const double theta = closed_form::ModeAngle(storeys, 1);
-    const double omega = closed_form::FamilyOmega(storeys, 1000, 1.0e6, 1);
-    const auto accel = [&](int floor) {
-        return 0.3 * kCurveFactor * 2 / (2.0 * storeys + 1) / std::tan(theta / 2) * std::sin(floor * theta);
-    };
-    const std::string period = Period(ModePeriod(omega * omega)), top = Accelerations(accel(999));
-    const std::string file = ReadFile(model.File(".SEA-1.O.20"));
-    EXPECT_NE(file.find("\r\n 999  1   " + period + Accelerations(accel(998)) + "\r\n"), std::string::npos);
-    EXPECT_NE(file.find("\r\n 1000 \r\n      1   " + period + top + "\r\n"), std::string::npos);
-    // The z mode has no share in an x motion: SRSS and ABS are mode 1's.
-    EXPECT_NE(file.find("\r\n 999 SRSS  " + Accelerations(accel(998)) + "\r\n     ABS   "),
-              std::string::npos);
-    EXPECT_EQ(file.substr(file.size() - 2 * 79 - 8),
-              " 1000 \r\n     SRSS  " + top + "\r\n     ABS   " + top + "\r\n");
-}
-
-TEST(AccelFile, ModeNumbersFrom1000OnBreakTheirLines) {
+TEST(AccelFile, RowsOfAFrameAndModeNumbersFrom1000OnBreakTheirLines) {
     // The frame with 1000 modes, eigenvalues 101 to 1100; only mode 1000
     // moves, 0.25 at node 2 in x, so that its Gamma is 0.25 and its
     // acceleration there 9.81 x 0.25 x 0.25 = 0.613125. Node 1 is the
