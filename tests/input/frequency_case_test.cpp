@@ -12,13 +12,7 @@
 namespace tremodal {
 namespace {
 
-using example::FrequencyCaseBytes;
-using example::FrequencyCaseData;
-using testing::BytesF32;
-using testing::BytesF64;
-using testing::BytesI32;
-using testing::FailureOf;
-using testing::MessageOf;
+using namespace testing;
 
 const char* const kLumpedText = "Lumped Mass Model should be used for Seismic Response Analysis";
 
@@ -59,10 +53,6 @@ FrequencyCaseData TwoNodeCase() {
     c.MassForm = 1;
     c.Masses = {1.25, 2.5, 3.75, 5, 6.25, 7.1};
     return c;
-}
-
-void Patch(std::string& bytes, std::size_t at, const std::string& with) {
-    bytes.replace(at, with.size(), with);
 }
 
 TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
@@ -162,8 +152,8 @@ TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
     // 3), and, later in the file, mode 3's equation of freedom 1.
     const auto pairs = [&](const std::string& mode2, const std::string& mode3) {
         std::string bytes = lumped;
-        Patch(bytes, 64 + 96 + 16, mode2);
-        Patch(bytes, 64 + 2 * 96, mode3);
+        bytes.replace(64 + 96 + 16, mode2.size(), mode2);
+        bytes.replace(64 + 2 * 96, mode3.size(), mode3);
         return bytes;
     };
     const f32 inf = std::numeric_limits<f32>::infinity();

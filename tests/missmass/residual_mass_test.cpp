@@ -12,10 +12,7 @@
 namespace tremodal {
 namespace {
 
-using testing::ModelFixture;
-using testing::ReadFile;
-using testing::SetOptionsLine;
-using testing::WriteFile;
+using namespace testing;
 
 TEST(ResidualMass, EachModesShareIsASingleBeforeItIsSquared) {
     // Equation 1 (node 2, x) has mass 5 and the mode's value 0.4472, close to

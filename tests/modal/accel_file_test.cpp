@@ -13,11 +13,7 @@
 namespace tremodal {
 namespace {
 
-using testing::ExponentText;
-using testing::InProcessRun;
-using testing::ModelFixture;
-using testing::ReadFile;
-using testing::ThreeDecimalsText;
+using namespace testing;
 
 std::string Right(const std::string& text, std::size_t width) {
     return std::string(width - text.size(), ' ') + text;

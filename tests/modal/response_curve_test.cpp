@@ -12,9 +12,7 @@
 namespace tremodal {
 namespace {
 
-using testing::FakeHost;
-using testing::TempDir;
-using testing::WriteFile;
+using namespace testing;
 
 std::uint32_t Bits(f32 x) { return std::bit_cast<std::uint32_t>(x); }
 
