@@ -81,11 +81,11 @@ TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
         f.ReadAll();
         EXPECT_EQ(f.host.Messages, std::vector<std::string>{form.message});
         EXPECT_EQ(f.host.MessageTitles, std::vector<std::string>{"TREMODAL"});
-        EXPECT_EQ(f.state.Freq.MassForm, form.read);
-        EXPECT_EQ(f.state.Freq.MassTerms.Upper(), 6);
-        EXPECT_EQ(f.state.Freq.MassTerms(1), form.form == 0 ? 1.5f : 1.25f);
-        EXPECT_EQ(f.state.Freq.MassTerms(6), form.sixth);
-        EXPECT_EQ(f.Position(), std::int64_t(bytes.size()));
+        EXPECT_EQ(
+            std::vector<std::int64_t>({f.state.Freq.MassForm, f.state.Freq.MassTerms.Upper(), f.Position()}),
+            std::vector<std::int64_t>({form.read, 6, std::int64_t(bytes.size())}));
+        EXPECT_EQ(std::vector<f32>({f.state.Freq.MassTerms(1), f.state.Freq.MassTerms(6)}),
+                  std::vector<f32>({form.form == 0 ? 1.5f : 1.25f, form.sixth}));
         // The peak of a mode is its largest magnitude: mode 2's is -6.5.
         const auto& peak = f.state.Freq.ShapePeak;
         EXPECT_EQ(std::vector<f32>({peak(1), peak(2), peak(3)}), std::vector<f32>({0.6f, 6.5f, 12.0f}));
@@ -109,22 +109,21 @@ TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
     f.Write(bytes);
     f.ReadAll();
     const FrequencyCase& r = f.state.Freq;
-    EXPECT_EQ(r.NumModes, 2);
-    EXPECT_EQ(r.Eigenvalue.Upper(), 10);
-    EXPECT_EQ(r.ModeShape.Upper2(), 10);
-    EXPECT_EQ(r.ModeShape(3, 2), 3.5f);
-    EXPECT_EQ(r.MassTerms(6), 7.1f);
-    EXPECT_EQ(r.MassTerms(40), 1.0f);
-    EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
+    // Modes read, room for modes, and the file read to its end.
+    EXPECT_EQ(
+        std::vector<std::int64_t>({r.NumModes, r.Eigenvalue.Upper(), r.ModeShape.Upper2(), f.Position()}),
+        std::vector<std::int64_t>({2, 10, 10, std::int64_t(bytes.size())}));
+    EXPECT_EQ(std::vector<f32>({r.ModeShape(3, 2), r.MassTerms(6), r.MassTerms(40)}),
+              std::vector<f32>({3.5f, 7.1f, 1.0f}));
 
     // No mode at all: the equation count stands by itself.
     CaseFixture h;
     h.Write(BytesI32(0) + BytesI32(13) + BytesI32(1) + std::string(28, '\0') + BytesF64(0) + BytesI32(1) +
             BytesI32(0));
     h.ReadAll();
-    EXPECT_EQ(h.state.Freq.NumModes, 0);
-    EXPECT_EQ(h.state.Freq.NumDof, 13);
-    EXPECT_EQ(h.state.Excitation.Upper(), 13);
+    EXPECT_EQ(
+        std::vector<std::int64_t>({h.state.Freq.NumModes, h.state.Freq.NumDof, h.state.Excitation.Upper()}),
+        std::vector<std::int64_t>({0, 13, 13}));
 }
 
 // Every broken file fails with its number, on one thread as on several,

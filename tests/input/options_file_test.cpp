@@ -29,16 +29,13 @@ TEST(OptionsFile, DirectionSwitchesStandAtTheNextPrintZone) {
     // characters from column 1 end at column 14: the line stands at column
     // 15, a zone start, and the switch moves on to column 29; 13 characters
     // leave it at column 15.
-    const struct {
-        f32 factor;
-        i16 on;
-        const char* line;
-    } directions[] = {{-1.234568e-7f, 1, "-1.234568E-07                1 "},
-                      {1.234568e-7f, 0, " 1.234568E-07                0 "},
-                      {12345678.0f, 0, " 1.234568E+07                0 "},
-                      {-1.23457e-7f, 1, "-1.23457E-07   1 "},
-                      {0.5f, 1, " 0.5           1 "},
-                      {0.002125f, 0, " 0.002125      0 "}};
+    // clang-format off
+    const struct { f32 factor; i16 on; const char* line; } directions[] = {
+        {-1.234568e-7f, 1, "-1.234568E-07                1 "},
+        {1.234568e-7f, 0, " 1.234568E-07                0 "},
+        {12345678.0f, 0, " 1.234568E+07                0 "}, {-1.23457e-7f, 1, "-1.23457E-07   1 "},
+        {0.5f, 1, " 0.5           1 "}, {0.002125f, 0, " 0.002125      0 "}};
+    // clang-format on
     std::string expected = fresh.substr(0, fresh.find("Dir Factors   On/Off\r\n") + 22);
     for (int d = 1; d <= 6; ++d) {
         s.Options.DirFactor(d) = directions[d - 1].factor;

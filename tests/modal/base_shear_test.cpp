@@ -49,15 +49,12 @@ TEST(BaseShear, TheReportBlockOfEachMethod) {
     RunState& s = run.state;
     s.Options.ShowModalShear = 1;
     s.Options.Duration = 10;
-    const struct {
-        i16 method;
-        f32 factor;
-        const char* name;
-        const char* total;
-    } cases[] = {{0, 1, "SRSS", "1.556E01"},      {1, 1, "QCQ", "1.697E01"},
-                 {2, 1, "10% Group", "1.872E01"}, {3, 1, "DSM", "1.737E01"},
-                 {4, 1, "ABS Sum", "-6.131E00"},  {4, -1, "ABS Sum", "6.131E00"},
-                 {2, -1, "10% Group", "1.872E01"}};
+    // clang-format off
+    const struct { i16 method; f32 factor; const char* name; const char* total; } cases[] = {
+        {0, 1, "SRSS", "1.556E01"}, {1, 1, "QCQ", "1.697E01"}, {2, 1, "10% Group", "1.872E01"},
+        {3, 1, "DSM", "1.737E01"}, {4, 1, "ABS Sum", "-6.131E00"}, {4, -1, "ABS Sum", "6.131E00"},
+        {2, -1, "10% Group", "1.872E01"}};
+    // clang-format on
     for (const auto& c : cases) {
         s.Options.CombMethod = c.method;
         s.Options.DirFactor(1) = c.factor;

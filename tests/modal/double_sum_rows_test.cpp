@@ -142,14 +142,11 @@ TEST(DoubleSumRows, EveryMethodOnSeveralThreadsKeepsTheBitsOfTheSingleBySingleSu
 // 60 and 61 exactly 0: its epsilon is infinite and its term a finite 0, so
 // only the division itself tells.
 TEST(DoubleSumRows, AFaultIsTheOneThePlainLoopMeetsFirstOnOneThread) {
-    const struct {
-        i16 method;
-        bool negativeDamping, hugeModes, zeroDenominator;
-        int failure;
-    } cases[] = {{1, true, false, false, kInvalidArgument},
-                 {1, true, true, false, kOverflow},
-                 {3, false, true, false, kOverflow},
-                 {3, false, false, true, kDivisionByZero}};
+    // clang-format off
+    const struct { i16 method; bool negativeDamping, hugeModes, zeroDenominator; int failure; } cases[] = {
+        {1, true, false, false, kInvalidArgument}, {1, true, true, false, kOverflow},
+        {3, false, true, false, kOverflow}, {3, false, false, true, kDivisionByZero}};
+    // clang-format on
     for (const auto& c : cases) {
         const auto failureOn = [&](int threads, bool wide) {
             Threads count(threads, wide);
@@ -157,17 +154,10 @@ TEST(DoubleSumRows, AFaultIsTheOneThePlainLoopMeetsFirstOnOneThread) {
             MakeModes(s, 200, 3);
             s.Options.CombMethod = c.method;
             if (c.negativeDamping) s.ModalDamping(150) = -0.05f;
-            if (c.hugeModes) {
-                s.Participation(1) = 1e10f;
-                s.Participation(100) = 5e18f;
-                s.Curve.ModalSpectrum(1) = s.Curve.ModalSpectrum(100) = 0.01f;
-            }
-            if (c.zeroDenominator) {
-                s.Options.Duration = 8;
-                s.Freq.Omega(60) = s.Freq.Omega(61) = 1;
-                s.ModalDamping(60) = 0.25f;
-                s.ModalDamping(61) = -0.75f;
-            }
+            if (c.hugeModes) s.Participation(1) = 1e10f, s.Participation(100) = 5e18f;
+            if (c.hugeModes) s.Curve.ModalSpectrum(1) = s.Curve.ModalSpectrum(100) = 0.01f;
+            if (c.zeroDenominator) s.Options.Duration = 8, s.Freq.Omega(60) = s.Freq.Omega(61) = 1;
+            if (c.zeroDenominator) s.ModalDamping(60) = 0.25f, s.ModalDamping(61) = -0.75f;
             return std::to_string(testing::FailureOf([&] { CombineBaseShear(s, 1); })) + " " +
                    testing::MessageOf([&] { CombineBaseShear(s, 1); });
         };

@@ -72,22 +72,16 @@ TEST(NumericFaults, EachFaultIsTheFirstInTheSuitesOrderOnAnyNumberOfThreads) {
     group[31] = {k2p127, k2p127};
     const f32 k2p65 = std::ldexp(1.0f, 65), k2p70 = std::ldexp(1.0f, 70);
     const std::string k2m140 = "overflow: -1.39379657490816E+42 does not fit a single";
-    const struct {
-        Step step;
-        std::vector<std::vector<f32>> shapes;
-        std::string message;
-        f32 gamma1 = 1, gamma2 = 1, omega = 1;
-    } cases[] = {
-        // clang-format off
+    // clang-format off
+    const struct { Step step; std::vector<std::vector<f32>> shapes; std::string message;
+                   f32 gamma1 = 1, gamma2 = 1, omega = 1; } cases[] = {
         {kParticipation, {{k2p127, k2p126, k2p126}, {1.5f * k2p127, 1.5f * k2p127, 0}}, k2p128},
-        {kParticipation, group, k2p128},
-        {kResidualMass, {{1, k2p70}, {k2p65, 1}}, k2p130},
-        {kResidualMass, {{1, 1, k2p70}}, k2p140},
+        {kParticipation, group, k2p128}, {kResponses, {{k2p126}}, k2p128, 1, 1, 2},
+        {kResidualMass, {{1, k2p70}, {k2p65, 1}}, k2p130}, {kResidualMass, {{1, 1, k2p70}}, k2p140},
         {kResponses, {{1, k2p127}, {k2p126, 1}}, k2p130, 4, 16},
-        {kResponses, {{k2p126}}, k2p128, 1, 1, 2},
         {kResponses, {{1, k2p100}}, k2m140, -1, 1, std::ldexp(1.0f, 20)},
-        // clang-format on
     };
+    // clang-format on
     for (const auto& c : cases) {
         for (const int threads : {1, 3}) {
             for (const bool wide : {false, true}) {
@@ -103,10 +97,9 @@ TEST(NumericFaults, EachFaultIsTheFirstInTheSuitesOrderOnAnyNumberOfThreads) {
                     if (c.step == kResponses) ComputeModalResponse(run.s, 1);
                     if (c.step != kResponses) ComputeParticipationLumped(run.s);
                 };
-                const std::string where = std::to_string(c.step) + ", " + std::to_string(threads);
                 EXPECT_EQ(std::to_string(testing::FailureOf(step)) + " " + testing::MessageOf(step),
                           std::to_string(kOverflow) + " " + c.message)
-                    << where;
+                    << c.step << ", " << threads;
                 EXPECT_FALSE(testing::Exists(run.s.Model.ModelPath + ".HS1"));
             }
         }
