@@ -12,6 +12,7 @@
 namespace tremodal {
 namespace {
 
+using namespace example;
 using namespace testing;
 
 const char* const kLumpedText = "Lumped Mass Model should be used for Seismic Response Analysis";
@@ -59,16 +60,13 @@ TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
     // Square form in the dialog: the two-line message; only the diagonal is
     // kept, and the terms off it are passed over even when damaged. Value 2
     // is read as lumped and tells the user, in a batch run too.
-    const struct {
-        std::int32_t form;
-        i16 batch;
-        std::string message;
-        std::int32_t read;
-        f32 sixth;
-    } forms[] = {
+    // clang-format off
+    const struct { std::int32_t form; i16 batch; std::string message; std::int32_t read; f32 sixth; }
+    forms[] = {
         {0, 0, std::string(kLumpedText) + "\nIgnore if Lumped Mass is set for 3-D Jacobi Eigen Solver", 0,
          0.1f},
         {2, 1, kLumpedText, 1, 7.1f}};
+    // clang-format on
     for (const auto& form : forms) {
         CaseFixture f;
         FrequencyCaseData c = TwoNodeCase();
@@ -156,26 +154,18 @@ TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
         return bytes;
     };
     const f32 inf = std::numeric_limits<f32>::infinity();
-    struct Case {
-        std::string bytes;
-        int failure;
-        bool allocated;
-        const char* message = nullptr;
-        float nodes = 2;
-    };
+    // clang-format off
+    struct Case { std::string bytes; int failure; bool allocated; const char* message = nullptr;
+                  float nodes = 2; };
     std::vector<Case> cases = {
         // Arrays of 16 GB; a zero that ends the list while the arrays keep
         // its count; the zero leaving one mode whose shapes overrun the
         // file; a shape block beyond the file; negative counts; five node
         // blocks that cannot stand in 56 bytes.
-        {header(1, 2000000000, 1), kOutOfMemory, false},
-        {header(0, 6, 2000000000), kOutOfMemory, false},
-        {header(1, 6, 3), kInputPastEnd, false},
-        {header(2000000000, 6, 1), kInputPastEnd, false},
-        {header(-1, 6, 1), kSubscriptOutOfRange, false},
-        {header(1, -6, 1), kSubscriptOutOfRange, false},
-        {header(1, 6, -1), kSubscriptOutOfRange, false},
-        {header(5, 6, 1), kInputPastEnd, false},
+        {header(1, 2000000000, 1), kOutOfMemory, false}, {header(0, 6, 2000000000), kOutOfMemory, false},
+        {header(1, 6, 3), kInputPastEnd, false}, {header(2000000000, 6, 1), kInputPastEnd, false},
+        {header(-1, 6, 1), kSubscriptOutOfRange, false}, {header(1, -6, 1), kSubscriptOutOfRange, false},
+        {header(1, 6, -1), kSubscriptOutOfRange, false}, {header(5, 6, 1), kInputPastEnd, false},
         // A list with neither its count nor a zero in the file.
         {header(1, 6, 4).substr(0, 48) + BytesF64(200), kInputPastEnd, false},
         // More case nodes than model nodes.
@@ -188,6 +178,7 @@ TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
         {pairs(BytesI32(3) + BytesF32(inf), BytesI32(-1)), kOverflow, true,
          "overflow: Inf does not fit a single"},
     };
+    // clang-format on
     // Cut in the header, eigenvalues, shape block, mass form, mass count,
     // masses; the discarded word and the last term of the square block.
     for (const std::size_t cut : std::vector<std::size_t>{0, 39, 63, 64, 351, 355, 359, lumped.size() - 1})

@@ -14,9 +14,10 @@ namespace tremodal {
 namespace {
 
 TEST(ModalDamping, PairsInAnyOrderUntilMinusOneAModeAboveTheCaseOrTheEnd) {
+    // The file (nullptr: no file at all), and the modes that do not keep 0.05.
     const struct {
-        const char* file;            // nullptr: no file at all
-        std::map<int, float> named;  // modes that do not keep 0.05
+        const char* file;
+        std::map<int, float> named;
     } cases[] = {
         {nullptr, {}},
         {"", {}},

@@ -23,36 +23,25 @@ using closed_form::ModalShears;
 // Several threads share out even these few hundred rows, as they would the
 // rows of thousands of modes; the wide registers on or off.
 struct Threads {
-    Threads(int count, bool wide) { Set(count, wide); }
-    ~Threads() { Set(1, true); }
-    static void Set(int count, bool wide) {
-        SetWorkerThreads(count);
-        SetSmallShares(count > 1);
-        AllowWideRegisters(wide);
-    }
+    Threads(int n, bool wide) { SetWorkerThreads(n), SetSmallShares(n > 1), AllowWideRegisters(wide); }
+    ~Threads() { SetWorkerThreads(1), SetSmallShares(false), AllowWideRegisters(true); }
 };
 
 // Modes with frequencies that rise unevenly, every seventh equal to the one
 // before it, and damping of 0, 2, 5 and 10 %.
 void MakeModes(RunState& s, i32 modes, unsigned seed) {
     s.Freq.NumModes = modes;
-    s.Freq.Omega.Allocate(modes + 1);
-    s.ModalDamping.Allocate(modes + 1);
-    s.Participation.Allocate(modes);
-    s.Curve.ModalSpectrum.Allocate(modes);
+    AllocateRunArrays(s);
     std::mt19937 g(seed);
     std::uniform_real_distribution<float> u(0, 1);
     const f32 damping[] = {0.05f, 0.02f, 0.0f, 0.05f, 0.1f};
     f32 omega = 2;
     for (i32 m = 1; m <= modes; ++m) {
         if (m % 7 != 0) omega += u(g) * 0.3f;
-        s.Freq.Omega(m) = omega;
-        s.ModalDamping(m) = damping[m % 5];
-        s.Participation(m) = (u(g) - 0.5f) * 8;
-        s.Curve.ModalSpectrum(m) = u(g) * 0.01f;
+        s.Freq.Omega(m) = omega, s.ModalDamping(m) = damping[m % 5];
+        s.Participation(m) = (u(g) - 0.5f) * 8, s.Curve.ModalSpectrum(m) = u(g) * 0.01f;
     }
-    s.Options.DirFactor(1) = 0.7f;
-    s.Options.Duration = 12;
+    s.Options.DirFactor(1) = 0.7f, s.Options.Duration = 12;
 }
 
 // The modal shears Gamma^2 S f omega^2 in double, or stored as singles.
@@ -61,9 +50,7 @@ ModalShears ShearsOf(const RunState& s, bool single) {
     for (i32 k = 1; k <= s.Freq.NumModes; ++k) {
         const f64 g = s.Participation(k), w = s.Freq.Omega(k);
         const f64 a = g * g * s.Curve.ModalSpectrum(k) * f64(s.Options.DirFactor(1)) * (w * w);
-        m.A.push_back(single ? f32(a) : a);
-        m.Omega.push_back(w);
-        m.Zeta.push_back(s.ModalDamping(k));
+        m.A.push_back(single ? f32(a) : a), m.Omega.push_back(w), m.Zeta.push_back(s.ModalDamping(k));
     }
     return m;
 }

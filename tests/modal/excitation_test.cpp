@@ -32,23 +32,15 @@ std::vector<float> ExpectedExcitation(int d) {
     for (int node = 2; node <= 4; ++node) {
         const double dx = node - kGround[0], dy = 2.0 * node - kGround[1], dz = -node - kGround[2];
         const int* eq = kNodeDof[node - 2];
-        switch (d) {
-            case 1:
-            case 3:  // x, y, z in that order: y's 0 stands in a shared slot
-                r[eq[0]] = float(c), r[eq[1]] = 0, r[eq[2]] = float(s);
-                break;
-            case 2:
-                r[eq[0]] = 0, r[eq[1]] = 1, r[eq[2]] = 0;
-                break;
-            case 5:  // axis (0, 1, 0)
-                r[eq[0]] = float(dz), r[eq[1]] = 0, r[eq[2]] = float(-dx);
-                break;
-            default:  // axis (c, 0, s): y, z, x, then the rest of y added
-                r[eq[1]] = float(-dz * c);
-                r[eq[2]] = float(dy * c);
-                r[eq[0]] = float(-dy * s);
-                r[eq[1]] = float(double(r[eq[1]]) + dx * s);
-                break;
+        // Translations and the vertical rotation store x, y, z in that order:
+        // y's 0 stands in a shared slot.
+        if (d == 1 || d == 3) r[eq[0]] = float(c), r[eq[1]] = 0, r[eq[2]] = float(s);
+        if (d == 2) r[eq[0]] = 0, r[eq[1]] = 1, r[eq[2]] = 0;
+        if (d == 5) r[eq[0]] = float(dz), r[eq[1]] = 0, r[eq[2]] = float(-dx);  // axis (0, 1, 0)
+        // Axis (c, 0, s): y, z, x, then the rest of y added.
+        if (d == 4 || d == 6) {
+            r[eq[1]] = float(-dz * c), r[eq[2]] = float(dy * c), r[eq[0]] = float(-dy * s);
+            r[eq[1]] = float(double(r[eq[1]]) + dx * s);
         }
     }
     return r;

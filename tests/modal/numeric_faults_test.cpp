@@ -30,25 +30,18 @@ struct TinyRun {
     RunState s;
 
     TinyRun(i32 dof, const std::vector<std::vector<f32>>& shapes) {
-        s.Model.NumNodes = 1;
-        s.Model.ModelPath = dir.File("FRAME");
-        s.Freq.NumDof = dof;
-        s.Freq.NumModes = i32(shapes.size());
-        s.Freq.MassForm = 1;
+        s.Model.NumNodes = 1, s.Model.ModelPath = dir.File("FRAME");
+        s.Freq.NumDof = dof, s.Freq.NumModes = i32(shapes.size()), s.Freq.MassForm = 1;
         AllocateRunArrays(s);
         s.Freq.MassTerms.Allocate(dof);
         for (i32 e = 1; e <= dof; ++e) {
             if (e <= 6) s.Freq.NodeDof(1, e) = e;
-            s.Freq.MassTerms(e) = 1;
-            s.Excitation(e) = 1;
+            s.Freq.MassTerms(e) = s.Excitation(e) = 1;
         }
         for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
-            s.Freq.Omega(m) = 1;
-            s.Curve.ModalSpectrum(m) = 1;
-            s.Participation(m) = 1;
+            s.Freq.Omega(m) = s.Curve.ModalSpectrum(m) = s.Participation(m) = 1;
             for (i32 e = 1; e <= dof; ++e) {
-                const f32 v = shapes[std::size_t(m - 1)][std::size_t(e - 1)];
-                s.Freq.ModeShape(e, m) = v;
+                const f32 v = s.Freq.ModeShape(e, m) = shapes[std::size_t(m - 1)][std::size_t(e - 1)];
                 s.Freq.ShapePeak(m) = std::max(s.Freq.ShapePeak(m), std::fabs(v));
             }
         }
@@ -85,9 +78,7 @@ TEST(NumericFaults, EachFaultIsTheFirstInTheSuitesOrderOnAnyNumberOfThreads) {
     for (const auto& c : cases) {
         for (const int threads : {1, 3}) {
             for (const bool wide : {false, true}) {
-                SetWorkerThreads(threads);
-                SetSmallShares(threads > 1);
-                AllowWideRegisters(wide);
+                SetWorkerThreads(threads), SetSmallShares(threads > 1), AllowWideRegisters(wide);
                 TinyRun run(i32(c.shapes[0].size()), c.shapes);
                 run.s.Participation(1) = c.gamma1;
                 if (c.shapes.size() > 1) run.s.Participation(2) = c.gamma2;
@@ -104,9 +95,7 @@ TEST(NumericFaults, EachFaultIsTheFirstInTheSuitesOrderOnAnyNumberOfThreads) {
             }
         }
     }
-    SetWorkerThreads(1);
-    SetSmallShares(false);
-    AllowWideRegisters(true);
+    SetWorkerThreads(1), SetSmallShares(false), AllowWideRegisters(true);
 }
 
 TEST(NumericFaults, SumsAreSinglesRoundedOnEveryAdditionInTheSuitesOrder) {
