@@ -22,11 +22,8 @@ struct CaseFixture {
     testing::FakeHost host;
     RunState state;
     explicit CaseFixture(float nodes = 2) {
-        state.Model.ModelPath = dir.File("FRAME");
-        state.Model.NumNodes = nodes;
-        state.Options.FreqCase = " 1";
-        state.Options.DampingRatio = 0.05f;
-        state.Ui = &host;
+        state.Model.ModelPath = dir.File("FRAME"), state.Model.NumNodes = nodes, state.Ui = &host;
+        state.Options.FreqCase = " 1", state.Options.DampingRatio = 0.05f;
     }
     void Write(const std::string& bytes) { testing::WriteFile(dir.File("FRAME.H1"), bytes); }
     // The reads of a run up to the end of the mass block, as the driver
@@ -43,15 +40,13 @@ struct CaseFixture {
 // equation. Mode 2's largest value is negative.
 FrequencyCaseData TwoNodeCase() {
     FrequencyCaseData c;
-    c.CaseNodes = 2;
-    c.NumDof = 6;
+    c.CaseNodes = 2, c.NumDof = 6, c.MassForm = 1;
     c.DirMass = {12.5f, 1, 2, 3, 4, 5};
     c.Eigenvalues = {39.5, 412.25, 1000.001};
     c.NodeDof = {{1, 2, 3, 4, 5, 6}, {0, 0, 0, 0, 0, 0}};
     c.Shapes = {{0, 0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f},
                 {0, 1.5f, -2.5f, 3.5f, -4.5f, 5.5f, -6.5f},
                 {0, 7, 8, 9, 10, 11, 12}};
-    c.MassForm = 1;
     c.Masses = {1.25, 2.5, 3.75, 5, 6.25, 7.1};
     return c;
 }
@@ -70,12 +65,10 @@ TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
     for (const auto& form : forms) {
         CaseFixture f;
         FrequencyCaseData c = TwoNodeCase();
-        c.MassForm = form.form;
+        c.MassForm = form.form, c.OffDiagonal = std::numeric_limits<double>::quiet_NaN();
         if (form.form == 0) c.Masses = {1.5, 2.5, 3.5, 4.5, 5.5, 0.1};
-        c.OffDiagonal = std::numeric_limits<double>::quiet_NaN();
         const std::string bytes = FrequencyCaseBytes(c);
-        f.Write(bytes);
-        f.state.BatchRun = form.batch;
+        f.Write(bytes), f.state.BatchRun = form.batch;
         f.ReadAll();
         EXPECT_EQ(f.host.Messages, std::vector<std::string>{form.message});
         EXPECT_EQ(f.host.MessageTitles, std::vector<std::string>{"TREMODAL"});
@@ -97,11 +90,8 @@ TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
     // not tied to the case nodes: 40 equations, two nodes.
     CaseFixture f;
     FrequencyCaseData c = TwoNodeCase();
-    c.Modes = 10;
-    c.NumDof = 40;
-    c.Masses.resize(40, 1.0);
-    c.Eigenvalues = {39.5, 412.25, 0.0};
-    c.Shapes.resize(2);
+    c.Modes = 10, c.NumDof = 40, c.Eigenvalues = {39.5, 412.25, 0.0};
+    c.Masses.resize(40, 1.0), c.Shapes.resize(2);
     const std::string bytes = FrequencyCaseBytes(c);
     ASSERT_EQ(bytes.size(), 40u + 3 * 8 + 2 * 2 * 48 + 4 + 4 + 40 * 8);
     f.Write(bytes);
@@ -136,8 +126,7 @@ TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
         ~Budget() { SetMemoryBudget(old); }
     } budget;
     FrequencyCaseData square = TwoNodeCase(), longMasses = TwoNodeCase();
-    square.MassForm = 0;
-    longMasses.MassCount = 2000000000;
+    square.MassForm = 0, longMasses.MassCount = 2000000000;
     const std::string lumped = FrequencyCaseBytes(TwoNodeCase()), squareBytes = FrequencyCaseBytes(square);
     // A header, then an unused word and direction masses, one eigenvalue and
     // 52 bytes to the end.
