@@ -37,10 +37,8 @@ TEST(ModalDamping, PairsInAnyOrderUntilMinusOneAModeAboveTheCaseOrTheEnd) {
         SCOPED_TRACE(c.file ? c.file : "no file");
         testing::TempDir dir;
         RunState s;
-        s.Model.ModelPath = dir.File("SHEAR");
-        s.Options.FreqCase = " 1";
-        s.Options.DampingRatio = 0.05f;
-        s.Freq.NumModes = 10;
+        s.Model.ModelPath = dir.File("SHEAR"), s.Options.FreqCase = " 1";
+        s.Options.DampingRatio = 0.05f, s.Freq.NumModes = 10;
         s.ModalDamping.Allocate(11);
         if (c.file) testing::WriteFile(dir.File("SHEAR.USD1"), c.file);
         ReadModalDamping(s);

@@ -112,19 +112,16 @@ TEST(NumericFaults, SumsAreSinglesRoundedOnEveryAdditionInTheSuitesOrder) {
     for (i32 e = 1; e <= 40; ++e) {
         const f64 m = run.s.Freq.MassTerms(e) = 1.1f * f32(e);
         const f64 r = run.s.Excitation(e) = 0.3f + 0.7f * f32(e);
-        for (i32 k = 1; k <= 2; ++k) {
-            gamma[k - 1] = f32(m * run.s.Freq.ModeShape(e, k) * r + gamma[k - 1]);
-            wide[k] += m * run.s.Freq.ModeShape(e, k) * r;
-        }
-        excited = f32(r * r * m + excited);
-        wide[0] += r * r * m;
+        for (i32 k = 1; k <= 2; ++k)
+            gamma[k - 1] = f32(m * run.s.Freq.ModeShape(e, k) * r + gamma[k - 1]),
+                      wide[k] += m * run.s.Freq.ModeShape(e, k) * r;
+        excited = f32(r * r * m + excited), wide[0] += r * r * m;
     }
     ASSERT_NE(f32(wide[0]), excited);
     ASSERT_NE(f32(wide[2]), gamma[1]);
     ComputeParticipationLumped(run.s);
-    EXPECT_EQ(run.s.Participation(1), gamma[0]);
-    EXPECT_EQ(run.s.Participation(2), gamma[1]);
-    EXPECT_EQ(run.s.ExcitedMass, excited);
+    EXPECT_EQ(std::vector<f32>({run.s.Participation(1), run.s.Participation(2), run.s.ExcitedMass}),
+              std::vector<f32>({gamma[0], gamma[1], excited}));
 }
 
 TEST(NumericFaults, ALargeShapePeakAloneStopsNothing) {

@@ -45,11 +45,12 @@ struct ModalShears {
     std::vector<double> A, Omega, Zeta;
 };
 
-// Square root of the sum of squares, before the root.
+// The sum of squares (SRSS before the root), or the absolute sum as the
+// analysis takes it: a plain sum, signs kept.
 template <class Sum = double>
-Sum SrssSum(const ModalShears& m) {
+Sum PlainSum(const ModalShears& m, bool squares = true) {
     Sum sum = 0;
-    for (const double a : m.A) sum = Sum(sum + a * a);
+    for (const double a : m.A) sum = Sum(sum + (squares ? a * a : a));
     return sum;
 }
 
@@ -66,14 +67,6 @@ Sum TenPercentSum(const ModalShears& m) {
         }
         sum = Sum(sum + part);
     }
-    return sum;
-}
-
-// The absolute sum as the analysis takes it: a plain sum, signs kept.
-template <class Sum = double>
-Sum AbsSum(const ModalShears& m) {
-    Sum sum = 0;
-    for (const double a : m.A) sum = Sum(sum + a);
     return sum;
 }
 
