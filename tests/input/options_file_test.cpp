@@ -16,12 +16,9 @@ namespace {
 TEST(OptionsFile, DirectionSwitchesStandAtTheNextPrintZone) {
     testing::TempDir dir;
     RunState s;
-    s.Model.ModelPath = dir.File("FRAME");
     SetFreshOptions(s.Options);
-    s.Options.OptionsFile = dir.File("FRAME.USM3");
-    s.Options.FreqCase = "1";
-    s.Options.ResultsCase = "20";
-    s.Options.SpectrumFile = dir.File("FRAME.URS1");
+    s.Model.ModelPath = dir.File("FRAME"), s.Options.OptionsFile = dir.File("FRAME.USM3");
+    s.Options.FreqCase = "1", s.Options.ResultsCase = "20", s.Options.SpectrumFile = dir.File("FRAME.URS1");
     // The rest of the file is the fresh dialog's, which the dialog's tests
     // hold byte for byte.
     const std::string fresh = testing::kFreshOptionsFile;
@@ -38,8 +35,7 @@ TEST(OptionsFile, DirectionSwitchesStandAtTheNextPrintZone) {
     // clang-format on
     std::string expected = fresh.substr(0, fresh.find("Dir Factors   On/Off\r\n") + 22);
     for (int d = 1; d <= 6; ++d) {
-        s.Options.DirFactor(d) = directions[d - 1].factor;
-        s.Options.DirOn(d) = directions[d - 1].on;
+        s.Options.DirFactor(d) = directions[d - 1].factor, s.Options.DirOn(d) = directions[d - 1].on;
         expected += std::string(directions[d - 1].line) + "\r\n";
     }
     expected += fresh.substr(fresh.find("Subsoil Shear Wave veleocity"));

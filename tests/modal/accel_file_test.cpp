@@ -28,9 +28,6 @@ std::string Accelerations(double x) {
     return fields;
 }
 
-// The options' curve factor 9.81 as a single.
-const double kCurveFactor = double(9.81f);
-
 // 2 pi / omega as the file rounds it, omega being the single of the case.
 double ModePeriod(double eigenvalue) {
     return float(6.28318530717958 / double(float(std::sqrt(eigenvalue))));
@@ -43,18 +40,15 @@ TEST(AccelFile, RowsOfAFrameAndModeNumbersFrom1000OnBreakTheirLines) {
     // restrained base, without equations.
     ModelFixture f;
     testing::FrequencyCaseData c = testing::FrameFrequencyCase();
-    c.Eigenvalues.clear();
-    c.Shapes.clear();
-    for (int m = 1; m <= 1000; ++m) {
-        c.Eigenvalues.push_back(100.0 + m);
-        c.Shapes.push_back({0, m == 1000 ? 0.25f : 0.0f, 0, 0, 0, 0, 0});
-    }
+    c.Eigenvalues.clear(), c.Shapes.clear();
+    for (int m = 1; m <= 1000; ++m)
+        c.Eigenvalues.push_back(100.0 + m), c.Shapes.push_back({0, m == 1000 ? 0.25f : 0.0f, 0, 0, 0, 0, 0});
     testing::WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(c));
     InProcessRun run(f.dir.Path(), "3/7/");
     run.state.Options.CreateAccelFile = 1;
     run.Analyze();
 
-    const std::string moving = Accelerations(kCurveFactor * 0.25 * 0.25), still = Accelerations(0);
+    const std::string moving = Accelerations(double(9.81f) * 0.25 * 0.25), still = Accelerations(0);
     const std::string file = ReadFile(f.File(".SEA-1.O.20"));
     const std::string head =
         "Node  Mode   Period     x          y          z          xr         yr         zr!\r\n"
