@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <vector>
 #include <sstream>
 #include <string>
 
@@ -58,10 +59,9 @@ TEST(NumberText, PicturesShowTheExactValueRoundedOnce) {
 }
 
 TEST(NumberText, AFieldIsBlanksInFrontOrTheRightmostCharactersOfAWiderValue) {
-    EXPECT_EQ(FormatField(12345.678f, "0.000", 10), " 12345.678");
-    EXPECT_EQ(FormatField(12345.678f, "0.000", 9), "12345.678");
-    EXPECT_EQ(FormatField(12345.678f, "0.000", 6), "45.678");
-    EXPECT_EQ(FormatField(-1.5f, "0.000E-00", 6), "500E00");
+    EXPECT_EQ(FormatField(12345.678f, "0.000", 10) + "|" + FormatField(12345.678f, "0.000", 9) + "|" +
+                  FormatField(12345.678f, "0.000", 6) + "|" + FormatField(-1.5f, "0.000E-00", 6),
+              " 12345.678|12345.678|45.678|500E00");
 }
 
 TEST(NumberText, ValReadsTheLongestNumericPrefix) {
@@ -77,9 +77,8 @@ TEST(NumberText, ValReadsTheLongestNumericPrefix) {
 }
 
 TEST(NumberText, StrictNumberRejectsTextThatIsNotANumberInFull) {
-    EXPECT_EQ(StrictNumber(" 25 "), 25);
-    EXPECT_EQ(StrictNumber("-1.5e3"), -1500);
-    EXPECT_EQ(StrictNumber("+.5\t"), 0.5);
+    EXPECT_EQ(std::vector<f64>({StrictNumber(" 25 "), StrictNumber("-1.5e3"), StrictNumber("+.5\t")}),
+              std::vector<f64>({25, -1500, 0.5}));
     for (const char* text : {"", "   ", "abc", "12x", "1e", ".", "-", "1 2", "1,5"})
         EXPECT_EQ(testing::FailureOf([&] { StrictNumber(text); }), 13) << '"' << text << '"';
     EXPECT_EQ(testing::FailureOf([] { StrictNumber("1e999"); }), 6);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "input/options_file.h"
 #include "support/model_fixture.h"
@@ -26,11 +27,9 @@ void WriteThreeModeModel(const testing::ModelFixture& f) {
     testing::WriteFile(f.File(".URS1"), "0,1\r\n0.5,1\r\n0.6,-2\r\n10,-2\r\n-1\r\n");
 }
 
-std::string Field(const std::string& text) { return std::string(12 - text.size(), ' ') + text; }
-
-// The block's total line: x only, the other two columns 0.
+// The block's total line: x only, the other two columns 0, in fields of 12.
 std::string Total(const std::string& x) {
-    return "Total  " + Field(x) + Field("0.000E00") + Field("0.000E00");
+    return "Total  " + std::string(12 - x.size(), ' ') + x + "    0.000E00    0.000E00";
 }
 
 // The modal shears Gamma^2 Sd f omega^2 with Sd the curve's acceleration
@@ -47,8 +46,7 @@ TEST(BaseShear, TheReportBlockOfEachMethod) {
     WriteThreeModeModel(f);
     testing::InProcessRun run(f.dir.Path(), "3/7/");
     RunState& s = run.state;
-    s.Options.ShowModalShear = 1;
-    s.Options.Duration = 10;
+    s.Options.ShowModalShear = 1, s.Options.Duration = 10;
     // clang-format off
     const struct { i16 method; f32 factor; const char* name; const char* total; } cases[] = {
         {0, 1, "SRSS", "1.556E01"}, {1, 1, "QCQ", "1.697E01"}, {2, 1, "10% Group", "1.872E01"},
@@ -56,8 +54,7 @@ TEST(BaseShear, TheReportBlockOfEachMethod) {
         {2, -1, "10% Group", "1.872E01"}};
     // clang-format on
     for (const auto& c : cases) {
-        s.Options.CombMethod = c.method;
-        s.Options.DirFactor(1) = c.factor;
+        s.Options.CombMethod = c.method, s.Options.DirFactor(1) = c.factor;
         SetCombNameFromMethod(s.Options);
         run.Analyze();
         const std::vector<std::string> block = {

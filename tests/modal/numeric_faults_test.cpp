@@ -130,9 +130,7 @@ TEST(NumericFaults, ALargeShapePeakAloneStopsNothing) {
     // the options' damping ratio in its header, the mode's omega and own
     // damping in its table, then the displacements.
     TinyRun run(2, {{0.5f, -0.25f}});
-    run.s.Freq.ShapePeak(1) = k2p127;
-    run.s.Participation(1) = 4;
-    run.s.Options.DampingRatio = 0.05f;
+    run.s.Freq.ShapePeak(1) = k2p127, run.s.Participation(1) = 4, run.s.Options.DampingRatio = 0.05f;
     run.s.ModalDamping(1) = 0.07f;
     ComputeModalResponse(run.s, 1);
     const std::string bytes = testing::ReadFile(run.s.Model.ModelPath + ".HS1");
