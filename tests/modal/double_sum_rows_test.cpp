@@ -163,9 +163,8 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
         std::vector<f32> omega(n), zeta(n), shear(n), damped(n), effective(n);
         for (std::size_t m = 1; m < n; ++m) {
             omega[m] = m % 9 == 0 ? omega[m - 1] : f32(0.01 * std::pow(1e7, u(g)));
-            zeta[m] = m % 4 == 0 ? 0.0f : f32(u(g) * 0.2);
-            shear[m] = f32((u(g) - 0.5) * 1e3);
-            damped[m] = f32(closed_form::DampedOmega(omega[m], zeta[m]));
+            zeta[m] = m % 4 == 0 ? 0.0f : f32(u(g) * 0.2), shear[m] = f32((u(g) - 0.5) * 1e3);
+            damped[m] = f32(closed_form::DampedOmega(omega[m], zeta[m])),
             effective[m] = f32(closed_form::EffectiveDamping(omega[m], zeta[m], 15));
         }
         std::vector<f64> terms(n);

@@ -48,18 +48,15 @@ std::vector<float> ExpectedExcitation(int d) {
 
 TEST(Excitation, AllDirectionsAt120DegreesOffTheDatum) {
     RunState s;
-    s.Model.NumNodes = 4;
-    s.Freq.NumDof = kEquations;
-    s.Freq.NumModes = 1;
+    s.Model.NumNodes = 4, s.Freq.NumDof = kEquations, s.Freq.NumModes = 1;
     AllocateRunArrays(s);
     for (Array1<f32>* coordinate : {&s.Model.NodeX, &s.Model.NodeY, &s.Model.NodeZ}) coordinate->Allocate(4);
     for (int n = 1; n <= 4; ++n) {
         s.Model.NodeX(n) = f32(n), s.Model.NodeY(n) = f32(2 * n), s.Model.NodeZ(n) = f32(-n);
         for (int k = 1; k <= 3 && n > 1; ++k) s.Freq.NodeDof(n, k) = kNodeDof[n - 2][k - 1];
     }
-    s.Options.PrincipalAngle = 120;
-    s.Options.GroundX = f32(kGround[0]), s.Options.GroundY = f32(kGround[1]),
-    s.Options.GroundZ = f32(kGround[2]);
+    s.Options.PrincipalAngle = 120, s.Options.GroundX = f32(kGround[0]);
+    s.Options.GroundY = f32(kGround[1]), s.Options.GroundZ = f32(kGround[2]);
     for (i16 d = 1; d <= 6; ++d) {
         BuildExcitation(s, d);
         const std::vector<float> r = ExpectedExcitation(d);
