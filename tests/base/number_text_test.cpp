@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <vector>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "support/test_support.h"
 
@@ -24,11 +24,10 @@ TEST(NumberText, PicturesShowTheExactValueRoundedOnce) {
         "0.000 1234.568 0.012 0.000  ##0.000 1234.568 0.012 0.000  #0.0000 1234.5677 0.0123 0.0000 "
         "###0.0000 1234.5677 0.0123 0.0000  0.000E+00 1.235E+03 1.230E-02 0.000E+00 "
         "0.000E-00 1.235E03 1.230E-02 0.000E00");
-    for (std::string picture, a, b, c; table >> picture >> a >> b >> c;) {
+    for (std::string picture, a, b, c; table >> picture >> a >> b >> c;)
         EXPECT_EQ(FormatPicture(1234.5678f, picture) + " " + FormatPicture(0.0123f, picture) + " " +
                       FormatPicture(0.0f, picture),
                   a + " " + b + " " + c);
-    }
     // Binary fractions that end exactly on a half round away from zero (2^-14,
     // 2^-10 among them). 250.7290496826171875: nine digits would give
     // 250.729050 and a second rounding 250.7291; 1.016499996185302734375:

@@ -42,10 +42,8 @@ TEST(ModalDamping, PairsInAnyOrderUntilMinusOneAModeAboveTheCaseOrTheEnd) {
         s.ModalDamping.Allocate(11);
         if (c.file) testing::WriteFile(dir.File("SHEAR.USD1"), c.file);
         ReadModalDamping(s);
-        for (int m = 1; m <= 11; ++m) {
-            const float expected = c.named.count(m) ? c.named.at(m) : m <= 10 ? 0.05f : 0.0f;
-            EXPECT_EQ(s.ModalDamping(m), expected) << "mode " << m;
-        }
+        for (int m = 1; m <= 11; ++m)
+            EXPECT_EQ(s.ModalDamping(m), c.named.count(m) ? c.named.at(m) : m <= 10 ? 0.05f : 0.0f) << m;
     }
 }
 

@@ -34,10 +34,9 @@ TEST(OptionsFile, DirectionSwitchesStandAtTheNextPrintZone) {
         {0.5f, 1, " 0.5           1 "}, {0.002125f, 0, " 0.002125      0 "}};
     // clang-format on
     std::string expected = fresh.substr(0, fresh.find("Dir Factors   On/Off\r\n") + 22);
-    for (int d = 1; d <= 6; ++d) {
-        s.Options.DirFactor(d) = directions[d - 1].factor, s.Options.DirOn(d) = directions[d - 1].on;
+    for (int d = 1; d <= 6; ++d)
+        s.Options.DirFactor(d) = directions[d - 1].factor, s.Options.DirOn(d) = directions[d - 1].on,
         expected += std::string(directions[d - 1].line) + "\r\n";
-    }
     expected += fresh.substr(fresh.find("Subsoil Shear Wave veleocity"));
     WriteOptionsFile(s);
     EXPECT_EQ(testing::ReadFile(s.Options.OptionsFile), expected);

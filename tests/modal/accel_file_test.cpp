@@ -23,15 +23,12 @@ std::string Right(const std::string& text, std::size_t width) {
 // other freedoms at rest.
 std::string Period(double seconds) { return Right(ThreeDecimalsText(seconds), 8); }
 std::string Accelerations(double x) {
-    std::string fields = Right(ExponentText(x), 11);
-    for (int k = 2; k <= 6; ++k) fields += Right("0.000E00", 11);
-    return fields;
+    return Right(ExponentText(x), 11) + "   0.000E00   0.000E00   0.000E00   0.000E00   0.000E00";
 }
 
-// 2 pi / omega as the file rounds it, omega being the single of the case.
-double ModePeriod(double eigenvalue) {
-    return float(6.28318530717958 / double(float(std::sqrt(eigenvalue))));
-}
+// 2 pi / omega as the file rounds it, omega being the single of the
+// eigenvalue's root.
+double ModePeriod(double e) { return float(6.28318530717958 / double(float(std::sqrt(e)))); }
 
 TEST(AccelFile, RowsOfAFrameAndModeNumbersFrom1000OnBreakTheirLines) {
     // The frame with 1000 modes, eigenvalues 101 to 1100; only mode 1000

@@ -47,9 +47,7 @@ TEST_F(SpectrumCurveRead, LinearAndLogLogInterpolationAndEndValues) {
         s.Options.InterpMethod = interp;
         ReadSpectrumCurve(s);
         const float off = interp ? 1e-6f : 0;
-        EXPECT_TRUE(host.Messages.empty());
-        EXPECT_EQ(s.Curve.CurvePoints, 2);
-        EXPECT_EQ(s.Curve.CurveValue(1), 2.0f);
+        EXPECT_TRUE(host.Messages.empty() && s.Curve.CurvePoints == 2 && s.Curve.CurveValue(1) == 2.0f);
         EXPECT_EQ(Spectrum(1), interp ? std::bit_cast<f32>(0x4046374du) : 3.0f);
         EXPECT_NEAR(Spectrum(2), 4.0f, off);
         EXPECT_NEAR(Spectrum(3), 2.0f, off);
@@ -81,8 +79,7 @@ TEST_F(SpectrumCurveRead, EveryFaultEndsInTheOneMessage) {
     // before it keep their values, the others the zeros they had.
     Build({6.284f / 1.25f, 6.284f, 3.0f}, "1.0,3\n1.0,4\n1.5,5\n-1\n");
     ReadSpectrumCurve(s);
-    ASSERT_EQ(host.Messages.size(), 1u);
-    EXPECT_EQ(s.Curve.CurvePoints, 3);
+    EXPECT_TRUE(host.Messages.size() == 1 && s.Curve.CurvePoints == 3);
     EXPECT_TRUE(Spectrum(1) != 0 && Spectrum(2) == 0 && Spectrum(3) == 0);
 }
 
@@ -93,8 +90,8 @@ TEST_F(SpectrumCurveRead, TheFirstOfTwoEqualHighestValuesIsThePeak) {
         Build({6.284f}, earlyFirst ? "0.5,1\n0.2,3\n0.8,3\n1.0,1\n-1\n" : "0.5,1\n0.8,3\n0.2,3\n1.0,1\n-1\n");
         s.Options.MissMassOn = 1;
         ReadSpectrumCurve(s);
-        const std::vector<std::string> warning = {"ZPA Period > Tmax Period - Check"};
-        EXPECT_EQ(host.Messages, earlyFirst ? warning : std::vector<std::string>{});
+        EXPECT_EQ(host.Messages,
+                  std::vector<std::string>(earlyFirst ? 1 : 0, "ZPA Period > Tmax Period - Check"));
     }
 }
 

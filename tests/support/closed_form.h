@@ -61,10 +61,9 @@ Sum TenPercentSum(const ModalShears& m) {
     Sum sum = 0;
     for (std::size_t i = 0; i < m.A.size(); ++i) {
         Sum part = Sum(m.A[i] * m.A[i]);
-        for (std::size_t j = i + 1; j < m.A.size(); ++j) {
+        for (std::size_t j = i + 1; j < m.A.size(); ++j)
             if ((m.Omega[j] - m.Omega[i]) / m.Omega[j] <= 0.1)
                 part = Sum(part + 2 * std::fabs(m.A[j] * m.A[i]));
-        }
         sum = Sum(sum + part);
     }
     return sum;
