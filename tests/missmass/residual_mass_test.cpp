@@ -20,7 +20,7 @@ TEST(ResidualMass, EachModesShareIsASingleBeforeItIsSquared) {
     // The z equations have unit masses and lie across the x motion.
     ModelFixture f;
     f.WriteStandInCasepost();
-    testing::FrequencyCaseData c = testing::FrameFrequencyCase();
+    auto c = testing::FrameFrequencyCase();
     c.Eigenvalues = {100}, c.Shapes = {{0, 0.4472f, 0, 0, 0, 0, 0}}, c.Masses = {5, 1, 1, 1, 1, 1};
     // A flat curve of 2 whose first point gives the ZPA (at a period above
     // 0, which the report divides by).
@@ -48,7 +48,7 @@ TEST(ResidualMass, EachModesShareIsASingleBeforeItIsSquared) {
     };
     for (const auto& form : forms) {
         c.MassForm = form.massForm, c.OffDiagonal = 0.125;
-        WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(c));
+        WriteFile(f.File(".H1"), example::FrequencyCaseBytes(c));
         ASSERT_EQ(f.RunTreModal("3/7/1/"), 0) << f.Stderr();
         const std::string loads = ReadFile(f.File(".L10"));
         const std::string expected = std::string("\r\nACOM, Missing Mass Case\r\n") + form.lines;

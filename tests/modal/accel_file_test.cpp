@@ -36,11 +36,11 @@ TEST(AccelFile, RowsOfAFrameAndModeNumbersFrom1000OnBreakTheirLines) {
     // acceleration there 9.81 x 0.25 x 0.25 = 0.613125. Node 1 is the
     // restrained base, without equations.
     ModelFixture f;
-    testing::FrequencyCaseData c = testing::FrameFrequencyCase();
+    auto c = testing::FrameFrequencyCase();
     c.Eigenvalues.clear(), c.Shapes.clear();
     for (int m = 1; m <= 1000; ++m)
         c.Eigenvalues.push_back(100.0 + m), c.Shapes.push_back({0, m == 1000 ? 0.25f : 0.0f, 0, 0, 0, 0, 0});
-    testing::WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(c));
+    testing::WriteFile(f.File(".H1"), example::FrequencyCaseBytes(c));
     InProcessRun run(f.dir.Path(), "3/7/");
     run.state.Options.CreateAccelFile = 1;
     run.Analyze();

@@ -20,10 +20,10 @@ namespace {
 // at each mode's period 6.284 / omega: 0.698 and 0.628 s lie on the -2
 // plateau, 0.314 s on the +1 one.
 void WriteThreeModeModel(const testing::ModelFixture& f) {
-    testing::FrequencyCaseData c = testing::FrameFrequencyCase();
+    auto c = testing::FrameFrequencyCase();
     c.Eigenvalues = {81, 100, 400};
     c.Shapes = {{0, 0.5f, 0, 0, 0, 0, 0}, {0, 0.25f, 0, 0.5f, 0, 0, 0}, {0, 0, 0, 0, 0, 1, 0}};
-    testing::WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(c));
+    testing::WriteFile(f.File(".H1"), example::FrequencyCaseBytes(c));
     testing::WriteFile(f.File(".URS1"), "0,1\r\n0.5,1\r\n0.6,-2\r\n10,-2\r\n-1\r\n");
 }
 
