@@ -22,16 +22,14 @@ struct Tower {
     std::vector<std::pair<int, int>> bars;
 
     Tower() {
+        for (const auto& node : ccx::ReadDeck(TREMODAL_SOURCE_DIR "/tests/ccx/decks/tower.inp").Nodes)
+            nodes[node.Number] = node.At;
         std::istringstream in(text);
         bool barLines = false;
         for (std::string line; std::getline(in, line);) {
-            int element, i, j;
-            double x, y, z;
+            int i, j;
             if (line[0] == '*') barLines = line.rfind("*ELEMENT, TYPE=T3D2", 0) == 0;
-            if (barLines && std::sscanf(line.c_str(), "%d, %d, %d", &element, &i, &j) == 3)
-                bars.emplace_back(i, j);
-            if (!barLines && std::sscanf(line.c_str(), "%d, %lf, %lf, %lf", &i, &x, &y, &z) == 4)
-                nodes[i] = {x, y, z};
+            if (barLines && std::sscanf(line.c_str(), "%*d, %d, %d", &i, &j) == 2) bars.emplace_back(i, j);
         }
     }
 
