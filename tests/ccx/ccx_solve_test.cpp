@@ -49,7 +49,7 @@ struct Tower {
                                 (p == q ? 1 : -1) * stiffness * d[k] * d[l];
         }
         for (const auto& [node, f] : loads)
-            for (int k = 0; k < 3; ++k) a[3 * (node - 5) + k][n] += f[k];
+            for (int k = 0; k < 3 && node >= 5; ++k) a[3 * (node - 5) + k][n] += f[k];
         // Gauss-Jordan; the stiffness is positive definite: no pivoting.
         for (int c = 0; c < n; ++c)
             for (int r = 0; r < n; ++r)
