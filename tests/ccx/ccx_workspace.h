@@ -75,8 +75,7 @@ struct Workspace {
     void WriteOptions(bool missingMass) const {
         const std::string path = File(".USM1");
         WriteFile(path, testing::kFreshOptionsFile);
-        testing::SetOptionsLine(path, " 0.5 ", " 1             1 ");
-        testing::SetOptionsLine(path, " 0.7 ", " 1             1 ");
+        for (const char* row : {" 0.5 ", " 0.7 "}) testing::SetOptionsLine(path, row, " 1             1 ");
         testing::SetOptionsLine(
             path, "Missing Mass Case",
             std::string("Missing Mass Case (1 is active)        , ") + (missingMass ? "1" : "0") + " ,10");
@@ -88,14 +87,12 @@ struct Workspace {
     std::vector<std::vector<double>> Csv(const std::string& name) const {
         std::vector<std::vector<double>> rows;
         std::istringstream in(ReadFile(dir.File("csv/" + name)));
-        std::string line;
-        std::getline(in, line);
-        while (std::getline(in, line)) {
-            std::vector<double> row;
+        std::string line, field;
+        for (std::getline(in, line); std::getline(in, line);) {
             std::istringstream fields(line);
-            for (std::string field; std::getline(fields, field, ',');)
-                row.push_back(field.empty() ? 0.0 : std::stod(field));
-            rows.push_back(row);
+            rows.emplace_back();
+            while (std::getline(fields, field, ','))
+                rows.back().push_back(field.empty() ? 0.0 : std::stod(field));
         }
         return rows;
     }
