@@ -13,7 +13,7 @@ set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 build="$root/build-fuzz"
 all_targets=(model_name coordinates options frequency_case damping curve load_case_list solved_case job_extension
-  whole_run)
+  whole_run ccx_output)
 ci_seconds=8
 
 usage() {
@@ -136,6 +136,26 @@ make_seeds() {
       done >"$scratch/list"
       { printf "$(i16 20)"; cat "$scratch/list"; } >"$dir/seed-1"
       { printf "$(i16 3)"; head -c 100 "$scratch/list"; } >"$dir/seed-2" ;;
+    ccx_output)
+      # The reader in the first byte: 0 .dat, 1 .frd, 2 .dof and .mas, 3 the deck; the files of ccx
+      # on the example building where ccx is installed, short excerpts otherwise.
+      local deck="$root/examples/calculix/building.inp"
+      { printf "$(u8 3)"; cat "$deck"; } >"$dir/seed-deck"
+      printf '\x00 MODE NO\n      1   0.4692984E+03   0.2166330E+02   0.3447821E+01   0.0000000E+00\n' >"$dir/seed-dat"
+      printf '\x01 -4  DISP        4    1\n -1         9-3.22675E-05 6.14911E-06-4.92648E-05\n -3\n' >"$dir/seed-frd"
+      printf '\x023.1\n3.2\n1 1  3.964E+03\n' >"$dir/seed-mas"
+      if command -v ccx >/dev/null; then
+        rm -rf "$scratch/ccx" && mkdir -p "$scratch/ccx"
+        { cat "$deck"; printf '*NSET, NSET=ALLN\n1, 101, 102, 103, 111, 112, 113\n*STEP\n*FREQUENCY\n4\n*NODE PRINT, NSET=ALLN\nU\n*NODE FILE\nU\n*END STEP\n'; } \
+          >"$scratch/ccx/b.inp"
+        sed '/^\*STEP/,$d' "$scratch/ccx/b.inp" >"$scratch/ccx/m.inp"
+        printf '*STEP\n*FREQUENCY, SOLVER=MATRIXSTORAGE\n4\n*END STEP\n' >>"$scratch/ccx/m.inp"
+        (cd "$scratch/ccx" && ccx b >/dev/null 2>&1 && ccx m >/dev/null 2>&1) || true
+        for f in b.dat:0 b.frd:1 m.dof:2 m.mas:2; do
+          [ -f "$scratch/ccx/${f%%:*}" ] || continue
+          { printf "$(u8 "${f##*:}")"; cat "$scratch/ccx/${f%%:*}"; } >"$dir/seed-ccx-${f%%:*}"
+        done
+      fi ;;
     job_extension)
       printf 'JOB\r\n' >"$dir/seed-1"
       printf '"BAT"\r\n' >"$dir/seed-2"

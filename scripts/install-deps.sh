@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs what TreModal needs to build and test, from Debian's packages.
 set -euo pipefail
-# clang and its runtime libraries (libFuzzer, the sanitizers) build the fuzz targets.
-packages=(cmake g++ ninja-build qt6-base-dev libgtest-dev libgmock-dev time fonts-dejavu-core clang
+# clang and its runtime libraries (libFuzzer, the sanitizers) build the fuzz targets;
+# calculix-ccx is the solver of tremodal-ccx and its tests.
+packages=(cmake g++ ninja-build qt6-base-dev libgtest-dev libgmock-dev time fonts-dejavu-core clang calculix-ccx
   libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do

@@ -12,7 +12,7 @@
 //
 // Usage: make_example_model DIR [options]; the options are listed in kUsage.
 #include <algorithm>
-#include <bit>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <exception>
@@ -27,6 +27,7 @@
 #include "base/number_text.h"
 #include "base/run_state.h"
 #include "base/text_files.h"
+#include "frequency_case_writer.h"
 #include "input/options_file.h"
 #include "shear_building.h"
 
@@ -58,9 +59,9 @@ struct ExampleOptions {
 // The shape block is written a few modes at a time, in blocks of about this
 // size: a 30,000-node model has 1.4 MB per mode and gigabytes in all.
 constexpr std::size_t kBlockBytes = 8u * 1024 * 1024;
-// Bytes of one freedom in the shape block: i32 equation, f32 value.
-constexpr std::int64_t kFreedomBytes = 8;
-constexpr std::int64_t kNodeBytes = 6 * kFreedomBytes;
+// Bytes of one node in the shape block: six pairs of an i32 equation and an
+// f32 value.
+constexpr std::int64_t kNodeBytes = 6 * 8;
 // A frequency case above this is refused rather than left to fill the disk.
 constexpr std::int64_t kMaxCaseBytes = std::int64_t{16} * 1024 * 1024 * 1024;
 // Node numbers are 16-bit.
@@ -249,11 +250,6 @@ void RemoveOld(const std::string& path) {
     if (FileExists(path)) DeleteFile(path);
 }
 
-// Overwrites the four bytes at `at` with a little-endian single.
-void PatchF32(std::vector<unsigned char>& block, std::size_t at, f32 value) {
-    StoreLittle(block.data() + at, std::bit_cast<std::uint32_t>(value));
-}
-
 // The size file, read field by field: an unused text, the model's name and
 // title, three unused texts, the size figures on one line (elements, unused,
 // nodes, unused), seven unused texts and the unit system. The unused texts
@@ -301,101 +297,73 @@ void WriteCoordinates(const ExampleOptions& o, const std::string& modelPath) {
     file.Close();
 }
 
-// One mode's node blocks with the equation numbers in place and every value
-// 0: the solver repeats the equation map in every mode, and only the sway
-// values of the floors differ from mode to mode.
-std::vector<unsigned char> ModeTemplate(const ExampleOptions& o) {
-    const ShearBuilding& b = o.Building;
-    std::vector<unsigned char> block;
-    for (int floor = 0; floor <= b.Storeys; ++floor) {
-        for (int column = 1; column <= b.NodesPerFloor; ++column) {
-            for (int freedom = 1; freedom <= 6; ++freedom) {
-                const std::int64_t equation =
-                    floor == 0 ? 0 : FloorEquation(b, floor, column, freedom, o.AllFreedoms);
-                PutI32(block, static_cast<i32>(equation));
-                PutF32(block, 0.0f);
-            }
-        }
-    }
-    return block;
-}
-
-void WriteMassBlock(const ExampleOptions& o, BinaryFile& file, std::int64_t equations) {
-    const double m = NodeMass(o.Building);
-    std::vector<unsigned char> block;
-    if (o.Mass == MassForm::Lumped) {
-        // Mass form 1, a mass count of one per equation, the masses.
-        PutI32(block, 1);
-        PutI32(block, static_cast<i32>(equations));
-        for (std::int64_t i = 1; i <= equations; ++i) PutF64(block, m);
-        file.Write(block.data(), block.size());
-        return;
-    }
-    // The square form: a word the reader skips (the equation count here),
-    // then the whole matrix. Only the diagonal counts for the analysis; the
-    // optional terms beside it are a fixed, unsymmetric pattern that must not
-    // change any result.
-    PutI32(block, 0);
-    PutI32(block, static_cast<i32>(equations));
-    for (std::int64_t i = 1; i <= equations; ++i) {
-        for (std::int64_t j = 1; j <= equations; ++j) {
-            double value = i == j ? m : 0.0;
-            if (i != j && o.MassNoise != 0) value = o.MassNoise * m * double((i * 7 + j * 13) % 11 - 5) / 5.0;
-            PutF64(block, value);
-        }
-        if (block.size() >= kBlockBytes) {
-            file.Write(block.data(), block.size());
-            block.clear();
-        }
-    }
-    file.Write(block.data(), block.size());
-}
-
-// The frequency case file: header, eigenvalues, the shape block mode by mode,
-// the mass form and the mass block, all little-endian without gaps.
+// The frequency case file through the shared writer, flushed to the file in
+// blocks of about kBlockBytes: header and eigenvalues, the shape block mode by
+// mode, the mass form and the mass block. The restrained base nodes have no
+// equation; every floor node carries its family's sway value in the sway
+// freedom of each mode, and every other freedom 0.
 void WriteFrequencyCase(const ExampleOptions& o, const std::string& modelPath,
                         const std::vector<BuildingMode>& modes) {
     const ShearBuilding& b = o.Building;
-    const int caseNodes = NodeCount(b);
     const std::int64_t equations = EquationCount(b, o.AllFreedoms);
-    const double totalMass = b.Storeys * b.StoreyMass;
-
-    std::vector<unsigned char> block;
-    PutI32(block, caseNodes);
-    PutI32(block, static_cast<i32>(equations));
-    PutI32(block, static_cast<i32>(modes.size()));
-    PutI32(block, 0);
+    FrequencyCaseData c;
+    c.CaseNodes = NodeCount(b);
+    c.NumDof = static_cast<i32>(equations);
     // The load case mass in slot 1; the three translations all move the
     // whole building, the rotations are not filled in.
-    for (int slot = 1; slot <= 6; ++slot) PutF32(block, slot <= 3 ? static_cast<f32>(totalMass) : 0.0f);
-    for (const BuildingMode& mode : modes) PutF64(block, mode.Omega * mode.Omega);
+    const f32 totalMass = static_cast<f32>(b.Storeys * b.StoreyMass);
+    c.DirMass = {totalMass, totalMass, totalMass, 0, 0, 0};
+    for (const BuildingMode& mode : modes) c.Eigenvalues.push_back(mode.Omega * mode.Omega);
+    for (int floor = 0; floor <= b.Storeys; ++floor) {
+        for (int column = 1; column <= b.NodesPerFloor; ++column) {
+            std::array<std::int32_t, 6> freedoms{};
+            for (int freedom = 1; freedom <= 6 && floor > 0; ++freedom)
+                freedoms[freedom - 1] =
+                    static_cast<i32>(FloorEquation(b, floor, column, freedom, o.AllFreedoms));
+            c.NodeDof.push_back(freedoms);
+        }
+    }
+    c.MassForm = o.Mass == MassForm::Lumped ? 1 : 0;
+    c.Masses.assign(static_cast<std::size_t>(equations), NodeMass(b));
+    // The square form's terms beside the diagonal: a fixed, unsymmetric
+    // pattern that must not change any result.
+    const double fraction = o.MassNoise, m = NodeMass(b);
+    c.OffDiagonalTerm = [fraction, m](std::int64_t i, std::int64_t j) {
+        return fraction == 0 ? 0.0 : fraction * m * double((i * 7 + j * 13) % 11 - 5) / 5.0;
+    };
 
     const std::string path = modelPath + ".H" + o.FreqCase;
     RemoveOld(path);
     BinaryFile file(path);
-    file.Write(block.data(), block.size());
-
-    const std::vector<unsigned char> pattern = ModeTemplate(o);
-    block.clear();
-    block.reserve(std::max(kBlockBytes, pattern.size()) + pattern.size());
+    std::string block;
+    const auto flush = [&](bool always) {
+        if (!always && block.size() < kBlockBytes) return;
+        file.Write(block.data(), block.size());
+        block.clear();
+    };
+    PutCaseHeader(block, c);
+    std::vector<f32> shape(static_cast<std::size_t>(equations) + 1, 0.0f);
     for (const BuildingMode& mode : modes) {
-        const std::size_t start = block.size();
-        block.insert(block.end(), pattern.begin(), pattern.end());
-        const std::int64_t valueOffset = (SwayFreedom(mode.Family) - 1) * kFreedomBytes + 4;
+        std::fill(shape.begin(), shape.end(), 0.0f);
         for (int floor = 1; floor <= b.Storeys; ++floor) {
             const f32 phi = static_cast<f32>(ShapeValue(b.Storeys, b.StoreyMass, mode.Order, floor));
-            for (int column = 1; column <= b.NodesPerFloor; ++column) {
-                const std::int64_t at = (FloorNode(b, floor, column) - 1) * kNodeBytes + valueOffset;
-                PatchF32(block, start + static_cast<std::size_t>(at), phi);
-            }
+            for (int column = 1; column <= b.NodesPerFloor; ++column)
+                shape[static_cast<std::size_t>(
+                    FloorEquation(b, floor, column, SwayFreedom(mode.Family), o.AllFreedoms))] = phi;
         }
-        if (block.size() >= kBlockBytes) {
-            file.Write(block.data(), block.size());
-            block.clear();
+        PutShapeBlock(block, c, shape);
+        flush(false);
+    }
+    PutMassForm(block, c);
+    if (c.MassForm == 1) {
+        PutLumpedMasses(block, c);
+    } else {
+        for (std::int64_t i = 1; i <= equations; ++i) {
+            PutSquareMassRow(block, c, i);
+            flush(false);
         }
     }
-    file.Write(block.data(), block.size());
-    WriteMassBlock(o, file, equations);
+    flush(true);
     file.Close();
 }
 

@@ -143,7 +143,8 @@ void StartViewProgram(char** argv) {
 
 bool AsksForCharts(int argc, char** argv) {
     for (int i = 2; i < argc; ++i) {
-        if (std::string_view(argv[i]) == "--plots") return true;
+        const std::string_view argument = argv[i];
+        if (argument == "--plots" || argument.starts_with("--plots=")) return true;
     }
     return false;
 }

@@ -2,25 +2,31 @@
 // a settings file in its own configuration directory, no screen.
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
 
-#include "support/frequency_case_fixture.h"
+#include "base/file_system.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {
 namespace {
 
+using testing::EditOptions;
 using testing::Exists;
 using testing::ModelFixture;
 using testing::ReadFile;
-using testing::TempDir;
+using testing::ResponseFile;
 using testing::WriteFile;
 
+// A duration below a tenth of a second goes to casepost as 0.1.
 TEST(BatchRun, RunsThroughToCasepostAndEndsWithIt) {
     ModelFixture f;
     f.WriteStandInCasepost();
     f.WriteFrequencyCase();
-    EXPECT_EQ(f.RunTreModal("3/7/"), 0) << f.Stderr();
+    EditOptions(f.modelPath, "3", [](ResponseOptions& o) { o.Duration = 0.05f; });
+    WriteFile(f.File(".HS1"), std::string(100000, 'x'));  // an older, longer response file
+    EXPECT_OUTCOME(f, f.Run("3/7/"), testing::RanOn(""));
     // casepost ran once, in the directory the batch tool started us in.
     EXPECT_EQ(ReadFile(f.dir.File("casepost.out")), "casepost ran in " + f.dir.Path() + "\n");
     EXPECT_EQ(ReadFile(f.dir.File("response.cnt")), f.modelPath +
@@ -31,17 +37,7 @@ TEST(BatchRun, RunsThroughToCasepostAndEndsWithIt) {
                                                         "0\r\n"
                                                         " 1 \r\n"
                                                         " 0.05 \r\n"
-                                                        " 10 \r\n");
-    EXPECT_FALSE(Exists(f.File(".LOG")));
-}
-
-TEST(BatchRun, LeavesEveryFileTheSuiteExpects) {
-    ModelFixture f;
-    f.WriteStandInCasepost();
-    f.WriteFrequencyCase();
-    WriteFile(f.File(".HS1"), std::string(100000, 'x'));  // an older, longer response file
-    ASSERT_EQ(f.RunTreModal("3/7/"), 0) << f.Stderr();
-    EXPECT_EQ(f.Stderr(), "");
+                                                        " 0.1 \r\n");
     // Direction 1 only; the response file is rewritten in place and keeps
     // the older file's tail.
     const std::string response = ReadFile(f.File(".HS1"));
@@ -59,62 +55,47 @@ TEST(BatchRun, LeavesEveryFileTheSuiteExpects) {
     EXPECT_NE(header.find("\r\nSCASE,MOTION Response Spectrum (Seismic)\r\n"), std::string::npos);
     EXPECT_NE(header.find("ACOM,Response Spectrum Curve - Modal Points\r\n"), std::string::npos);
     EXPECT_NE(header.find("ACOM,Mode  Period (Secs)"), std::string::npos);
-    EXPECT_EQ(ReadFile(f.dir.File("casepost.out")), "casepost ran in " + f.dir.Path() + "\n");
 }
 
-TEST(BatchRun, DamagedFrequencyCaseLogsTheGenericLine) {
+// A single-mode run hands over that mode alone: one row of the frequency
+// table, with that mode's circular frequency, and one block.
+TEST(BatchRun, ASingleModeRunWritesThatModesRowAlone) {
     ModelFixture f;
     f.WriteStandInCasepost();
     f.WriteFrequencyCase();
-    const std::string whole = ReadFile(f.File(".H1"));
-    // Cut inside the shape block, inside the mass block, and a header that
-    // announces two thousand million equations in a few bytes: arrays of
-    // 80 GB, more memory than the machine has.
-    const std::string absurd = std::string("\x04\0\0\0\xff\xff\xff\x7f\x02\0\0\0", 12) + whole.substr(12);
-    const std::pair<std::string, const char*> cases[] = {
-        {whole.substr(0, 150), " 62 "}, {whole.substr(0, whole.size() - 4), " 62 "}, {absurd, " 7 "}};
-    for (const auto& [damaged, number] : cases) {
-        WriteFile(f.File(".H1"), damaged);
-        std::remove(f.File(".LOG").c_str());
-        EXPECT_EQ(f.RunTreModal("3/7/"), 1);
-        EXPECT_EQ(ReadFile(f.File(".LOG")),
-                  std::string("TREMODAL  E") + number +
-                      "; L;  102 ; Model Or Data; Error - Check; Model & Re - Run; \r\n");
-        EXPECT_FALSE(Exists(f.dir.File("casepost.out")));
+    EditOptions(f.modelPath, "3", [](ResponseOptions& o) {
+        o.SingleMode = 2;
+        o.DirOn(3) = 1;
+    });
+    ASSERT_EQ(f.Run("3/7/").status, 0);
+    for (const char* suffix : {".HS1", ".HS3"}) {
+        SCOPED_TRACE(suffix);
+        const ResponseFile hs(f.File(suffix));
+        ASSERT_EQ(hs.Rows(), 1);
+        EXPECT_EQ(hs.bytes.size(), hs.Size());
+        EXPECT_EQ(hs.Omega(1), 20.0f);  // the root of mode 2's eigenvalue 400
+        EXPECT_EQ(hs.Damping(1), 0.05f);
+        EXPECT_EQ(hs.Equation(1, 4, 3), 6);
     }
 }
 
-TEST(BatchRun, BadSpectrumSaysSoAndRunsOn) {
+// Dates and times are the local ones, day before month.
+TEST(BatchRun, TheResultsCarryTheDateAndTimeOfTheRun) {
     ModelFixture f;
-    f.WriteStandInCasepost();
     f.WriteFrequencyCase();
-    WriteFile(f.File(".URS1"), "0,1\r\nten,1\r\n");
-    ASSERT_EQ(f.RunTreModal("3/7/"), 0);
-    EXPECT_EQ(f.Stderr(), "TREMODAL: Error in Spectrum Data\n");
-    EXPECT_TRUE(Exists(f.File(".L20")));
-    EXPECT_TRUE(Exists(f.dir.File("casepost.out")));
-}
-
-TEST(BatchRun, FailureLogsOneLineAndEndsWithoutCasepost) {
-    ModelFixture f;
-    f.WriteStandInCasepost();
-    EXPECT_EQ(f.RunTreModal("3/7/2/"), 1);  // no frequency case file
-    const std::string line = "TREMODAL - Frequency or Response Spectrum Data not Found";
-    EXPECT_EQ(ReadFile(f.File(".LOG")), line + "\r\n");
-    EXPECT_NE(f.Stderr().find(line + "\n"), std::string::npos);
-    EXPECT_FALSE(Exists(f.dir.File("casepost.out")));
-    EXPECT_FALSE(Exists(f.dir.File("response.cnt")));
-
-    EXPECT_EQ(f.RunTreModal("8/7/"), 1);
-    EXPECT_EQ(ReadFile(f.File(".LOG")), line + "\r\nTREMODAL - Response Options File (8) Not Found \r\n");
-}
-
-TEST(BatchRun, CasepostThatCannotStartEndsTheRunQuietly) {
-    ModelFixture f;  // no bin/casepost
-    f.WriteFrequencyCase();
-    EXPECT_EQ(f.RunTreModal("3/7/"), 0) << f.Stderr();
-    EXPECT_TRUE(Exists(f.dir.File("response.cnt")));
-    EXPECT_FALSE(Exists(f.File(".LOG")));
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+    SetClockSource([] { return std::time_t(1772600767); });  // 4 March 2026, 05:06:07 UTC
+    testing::InProcessRun run(f.dir.Path(), "3/7/");
+    SetClockSource(nullptr);
+    const std::string results = ReadFile(f.File(".L20"));
+    EXPECT_NE(results.find("\r\nLDATE,04/03/2026\r\nLTIME,05:06:07\r\n"), std::string::npos) << results;
+    for (const char* suffix : {".220", ".NSL"}) {
+        const std::string bytes = ReadFile(f.File(suffix));
+        EXPECT_NE(bytes.find("04/03/2026"), std::string::npos) << suffix;
+        EXPECT_NE(bytes.find("05:06:07"), std::string::npos) << suffix;
+    }
+    EXPECT_NE(ReadFile(f.File(".NSL")).find("04/03/2026 05:06:07"), std::string::npos);
 }
 
 // Node and mode numbers are 16-bit in the suite's files: 32,767 of either is
@@ -122,43 +103,34 @@ TEST(BatchRun, CasepostThatCannotStartEndsTheRunQuietly) {
 TEST(BatchRun, ModelsAtTheCeilingOfTheFormatsRunThrough) {
     {
         // A one-column building of 32,767 nodes, two modes.
-        TempDir dir;
-        const std::string tool =
-            std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() +
-            "' --name-file --storeys 32766 --modes 2 --directions 1 --comb SRSS > /dev/null";
-        ASSERT_EQ(testing::RunCommand(tool), 0);
-        testing::WriteStandInCasepostIn(dir.Path());
-        ASSERT_EQ(testing::RunTreModalIn(dir.Path(), "1/20/"), 0) << ReadFile(dir.File("stderr.txt"));
-        const std::string response = ReadFile(dir.File("SHEAR.HS1"));
-        ASSERT_EQ(response.size(), 16u + 2 * 8 + 2 * 48 * 32767u);
-        EXPECT_EQ(response.substr(0, 2), std::string("\xff\x7f", 2));
-        // The top node's x freedom closes the second block: its equation
-        // ends the building's 65,532.
-        EXPECT_EQ(response.substr(response.size() - 48, 4), std::string("\xfb\xff\0\0", 4));
+        const testing::ExampleModel model("--storeys 32766 --modes 2 --directions 1 --comb SRSS");
+        ASSERT_EQ(model.Run("1/20/").status, 0);
+        const ResponseFile hs(model.File(".HS1"));
+        EXPECT_EQ(hs.Nodes(), 32767);
+        EXPECT_EQ(hs.Rows(), 2);
+        ASSERT_EQ(hs.bytes.size(), hs.Size());
+        // The top node's x freedom, in the second block: equation 65,531 of
+        // the building's 65,532.
+        EXPECT_EQ(hs.Equation(2, 32767, 1), 65531);
     }
     {
         // The four-node frame with 32,767 modes, combined by SRSS.
         ModelFixture f;
         f.WriteStandInCasepost();
-        std::string options = testing::kFreshOptionsFile;
-        const std::string cqc = "Modal Combination Method               , 1 ";
-        options.replace(options.find(cqc), cqc.size(), "Modal Combination Method               , 0 ");
-        WriteFile(f.File(".USM3"), options);
-        testing::FrequencyCaseData c;
-        c.CaseNodes = 4;
-        c.NumDof = 6;
-        c.DirMass = {3, 3, 3, 0, 0, 0};
-        c.NodeDof = {{0, 0, 0, 0, 0, 0}, {1, 0, 2, 0, 0, 0}, {3, 0, 4, 0, 0, 0}, {5, 0, 6, 0, 0, 0}};
+        EditOptions(f.modelPath, "3", [](ResponseOptions& o) { o.CombMethod = 0; });
+        testing::FrequencyCaseData c = testing::FrameFrequencyCase();
+        c.Eigenvalues.clear();
+        c.Shapes.clear();
         for (int m = 1; m <= 32767; ++m) {
             c.Eigenvalues.push_back(100.0 + m);
             c.Shapes.push_back({0, 0.001f, 0, 0.002f, 0, 0.003f, 0});
         }
-        c.Masses = {1, 1, 1, 1, 1, 1};
         WriteFile(f.File(".H1"), testing::FrequencyCaseBytes(c));
-        ASSERT_EQ(f.RunTreModal("3/7/"), 0) << f.Stderr();
-        const std::string response = ReadFile(f.File(".HS1"));
-        EXPECT_EQ(response.size(), 16u + 8 * 32767u + 4 * 48 * 32767u);
-        EXPECT_EQ(response.substr(6, 4), std::string("\xff\x7f\0\0", 4));
+        ASSERT_EQ(f.Run("3/7/").status, 0);
+        const ResponseFile hs(f.File(".HS1"));
+        EXPECT_EQ(hs.Nodes(), 4);
+        EXPECT_EQ(hs.Rows(), 32767);
+        EXPECT_EQ(hs.bytes.size(), hs.Size());
     }
 }
 

@@ -19,11 +19,8 @@ namespace {
 using testing::BytesF32;
 using testing::Exists;
 using testing::ReadFile;
-using testing::RunCommand;
-using testing::RunTreModalIn;
-using testing::TempDir;
+using testing::ResponseFile;
 using testing::WriteFile;
-using testing::WriteStandInCasepostIn;
 
 constexpr double kAcceleration = 0.3 * 9.81;  // flat curve in g, options' curve factor
 constexpr int kStoreys = 5;
@@ -46,29 +43,19 @@ std::vector<std::string> Fields(const std::string& line) {
     return fields;
 }
 
-float F32At(const std::string& bytes, std::size_t at) {
-    float v;
-    std::memcpy(&v, bytes.data() + at, 4);
-    return v;
-}
+struct MissingMassModel : testing::ExampleModel {
+    const std::string& path = modelPath;
 
-struct MissingMassModel {
-    TempDir dir;
-    std::string path = dir.File("SHEAR");
-
-    // The five-storey building with its four lowest modes, a flat curve
-    // whose first point is the ZPA period 0.03 s, directions 1 and 3 on,
-    // missing mass on from start case 10.
-    explicit MissingMassModel(const std::string& startCase = "10") {
-        const std::string command = std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() +
-                                    "' --name-file --spectrum flat --modes 4 > /dev/null";
-        if (RunCommand(command) != 0) throw std::runtime_error("example tool failed");
+    // The five-storey building with its four lowest modes, damped 2, 3, 4
+    // and 6 %, a flat curve whose first point is the ZPA period 0.03 s,
+    // directions 1 and 3 on, missing mass on from case 10.
+    MissingMassModel() : ExampleModel("--spectrum flat --modes 4") {
         WriteFile(path + ".URS1", "0.03,0.3\r\n10,0.3\r\n-1\r\n");
-        std::string options = ReadFile(path + ".USM1");
-        const std::string off = "Missing Mass Case (1 is active)        , 0 ,0";
-        options.replace(options.find(off), off.size(), "Missing Mass Case (1 is active)        , 1 ," + startCase);
-        WriteFile(path + ".USM1", options);
-        WriteStandInCasepostIn(dir.Path());
+        WriteFile(path + ".USD1", "1,0.02\r\n2,0.03\r\n3,0.04\r\n4,0.06\r\n-1\r\n");
+        testing::EditOptions(path, "1", [](ResponseOptions& o) {
+            o.MissMassOn = 1;
+            o.MissMassStartCase = "10";
+        });
     }
 
     // The suite's solver on a load case of the building: the storey shears
@@ -88,7 +75,8 @@ struct MissingMassModel {
             shear += loads[example::FloorNode(example::ShearBuilding{}, floor)];
             storeyShear[floor] = shear;
         }
-        for (int floor = 1; floor <= kStoreys; ++floor) u[floor] = u[floor - 1] + storeyShear[floor] / stiffness;
+        for (int floor = 1; floor <= kStoreys; ++floor)
+            u[floor] = u[floor - 1] + storeyShear[floor] / stiffness;
         std::string bytes(24, 'h');
         for (int node = 1; node <= kStoreys + 1; ++node) {
             for (int k = 1; k <= 6; ++k) {
@@ -113,13 +101,14 @@ TEST(MissingMass, TwoPassesWithTheSolverBetween) {
     const std::string& p = model.path;
 
     // First pass: one load case per translational direction that is on.
-    ASSERT_EQ(RunTreModalIn(model.dir.Path(), "1/20/1/"), 0) << ReadFile(model.dir.File("stderr.txt"));
+    ASSERT_EQ(model.Run("1/20/1/").status, 0);
+    EXPECT_TRUE(Exists(model.dir.File("casepost.out")));
     EXPECT_TRUE(Exists(p + ".L10"));
     EXPECT_FALSE(Exists(p + ".L11"));
     EXPECT_TRUE(Exists(p + ".L12"));
     EXPECT_FALSE(Exists(p + ".L20"));  // no results case yet
-    EXPECT_TRUE(Exists(model.dir.File("casepost.out")));
-    EXPECT_EQ(ReadFile(p + ".C0"), " 2 \r\n10             1 \r\n12             1 \r\nMissing Mass Run Comb\r\n");
+    EXPECT_EQ(ReadFile(p + ".C0"),
+              " 2 \r\n10             1 \r\n12             1 \r\nMissing Mass Run Comb\r\n");
 
     const std::vector<std::string> head = Lines(ReadFile(p + ".L12"));
     ASSERT_GE(head.size(), 11u);
@@ -138,7 +127,8 @@ TEST(MissingMass, TwoPassesWithTheSolverBetween) {
 
     // The load is the mass the four modes leave out at the ZPA, times the
     // direction factor (1 for x, 0.7 for z in these options).
-    const double keptX = example::EffectiveMass(kStoreys, kMass, 1) + example::EffectiveMass(kStoreys, kMass, 2);
+    const double keptX =
+        example::EffectiveMass(kStoreys, kMass, 1) + example::EffectiveMass(kStoreys, kMass, 2);
     const double expectedX = (kStoreys * kMass - keptX) * kAcceleration;
     EXPECT_NEAR(model.TotalLoad("10", 2), expectedX, 2e-5 * kStoreys * kMass * kAcceleration);
     EXPECT_NEAR(model.TotalLoad("12", 4), 0.7 * expectedX, 2e-5 * kStoreys * kMass * kAcceleration);
@@ -154,44 +144,34 @@ TEST(MissingMass, TwoPassesWithTheSolverBetween) {
     const std::vector<double> ux = model.Solve("10", 2, 1.0e6, 1);
     model.Solve("12", 4, 1.5e6, 3);
 
-    // Second pass: each direction's response file gets the pseudo-mode.
-    ASSERT_EQ(RunTreModalIn(model.dir.Path(), "1/20/2/"), 0);
-    EXPECT_EQ(ReadFile(model.dir.File("stderr.txt")), "");
+    // Second pass: each direction's response file gets the pseudo-mode,
+    // at the frequency of the curve's first point and damped as mode 1.
+    EXPECT_OUTCOME(model, model.Run("1/20/2/"), testing::RanOn(""));
     for (const char* suffix : {".HS1", ".HS3"}) {
-        const std::string hs = ReadFile(p + suffix);
-        const std::size_t nodes = kStoreys + 1, rows = 5;
-        ASSERT_EQ(hs.size(), 16 + rows * 8 + rows * nodes * 48) << suffix;
-        EXPECT_EQ(hs.substr(6, 4), std::string("\5\0\0\0", 4));
-        // Frequency of the curve's first point, damping of mode 1.
-        EXPECT_EQ(F32At(hs, 16 + 4 * 8), float(6.283185 / double(0.03f))) << suffix;
-        EXPECT_EQ(F32At(hs, 16 + 4 * 8 + 4), F32At(hs, 16 + 4));
+        const ResponseFile hs(p + suffix);
+        ASSERT_EQ(hs.Rows(), 5) << suffix;
+        ASSERT_EQ(hs.bytes.size(), hs.Size()) << suffix;
+        EXPECT_EQ(hs.Omega(5), float(6.283185 / double(0.03f))) << suffix;
+        EXPECT_EQ(hs.Damping(4), 0.06f) << suffix;
+        EXPECT_EQ(hs.Damping(5), 0.02f) << suffix;
     }
-    const std::string hs1 = ReadFile(p + ".HS1");
-    const std::size_t pseudo = 16 + 5 * 8 + 4 * 6 * 48;
+    const ResponseFile hs1(p + ".HS1");
     for (int floor = 1; floor <= kStoreys; ++floor) {
-        const std::size_t at = pseudo + std::size_t(example::FloorNode(example::ShearBuilding{}, floor) - 1) * 48;
-        EXPECT_EQ(F32At(hs1, at + 4), float(ux[floor])) << "floor " << floor;
+        EXPECT_EQ(hs1.Value(5, example::FloorNode(example::ShearBuilding{}, floor), 1), float(ux[floor]))
+            << "floor " << floor;
     }
     const std::string results = ReadFile(p + ".L20");
-    EXPECT_NE(results.find("ACOM,   St Load Case          10          11          12\r\n"), std::string::npos);
+    EXPECT_NE(results.find("ACOM,   St Load Case          10          11          12\r\n"),
+              std::string::npos);
     EXPECT_NE(results.find("ACOM,   Total Loads  "), std::string::npos);
 
     // A solved case that went missing: that direction goes on without its
     // pseudo-mode, the other keeps its own.
     std::remove((p + ".R12").c_str());
-    ASSERT_EQ(RunTreModalIn(model.dir.Path(), "1/20/2/"), 0);
-    EXPECT_EQ(ReadFile(model.dir.File("stderr.txt")),
-              "TREMODAL: Missing Mass Case 12 Results not found or invalid\n");
-    EXPECT_EQ(ReadFile(p + ".HS1").substr(6, 4), std::string("\5\0\0\0", 4));
-    EXPECT_EQ(ReadFile(p + ".HS3").substr(6, 4), std::string("\4\0\0\0", 4));
-}
-
-TEST(MissingMass, CaseNumberBeyondTheListFailsAfterItsLoadFile) {
-    MissingMassModel model("40000");
-    EXPECT_EQ(RunTreModalIn(model.dir.Path(), "1/20/1/"), 1);
-    EXPECT_TRUE(Exists(model.path + ".L40000"));
-    EXPECT_EQ(ReadFile(model.path + ".LOG"),
-              "TREMODAL  E 6 ; L;  102 ; Model Or Data; Error - Check; Model & Re - Run; \r\n");
+    EXPECT_OUTCOME(model, model.Run("1/20/2/"),
+                   testing::RanOn("TREMODAL: Missing Mass Case 12 Results not found or invalid\n"));
+    EXPECT_EQ(ResponseFile(p + ".HS1").Rows(), 5);
+    EXPECT_EQ(ResponseFile(p + ".HS3").Rows(), 4);
 }
 
 }  // namespace

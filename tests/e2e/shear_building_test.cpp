@@ -8,9 +8,7 @@
 #include <cmath>
 #include <string>
 
-#include "run/analysis_driver.h"
-#include "run/startup.h"
-#include "support/test_support.h"
+#include "support/model_fixture.h"
 
 namespace tremodal {
 namespace {
@@ -20,9 +18,6 @@ using example::FloorEquation;
 using example::ShearBuilding;
 using example::SortedModes;
 using example::Sway;
-using testing::FakeHost;
-using testing::RunCommand;
-using testing::TempDir;
 
 constexpr double kFlatValue = 0.3;                   // g, all over the curve
 constexpr double kAcceleration = 9.81 * kFlatValue;  // with the options' curve factor
@@ -33,34 +28,26 @@ void ExpectNear(double actual, double expected, const std::string& what, double 
     EXPECT_NEAR(actual, expected, relative * std::max(1.0, std::fabs(expected))) << what;
 }
 
-struct BuildingRun {
-    TempDir dir;
+struct BuildingRun : testing::ExampleModel {
     ShearBuilding building;
-    FakeHost host;
-    RunState state;
+    testing::InProcessRun process;
+    RunState& state = process.state;
 
-    // Writes the five-storey building with the lowest `modes` modes (all 10
-    // by default) and a flat acceleration spectrum, and starts a batch run on
-    // it, which runs the analysis once with the example's options.
-    explicit BuildingRun(int modes = -1, const std::string& extra = "", int columns = 1) {
+    // The five-storey building with the lowest `modes` modes (all 10 by
+    // default) and a flat acceleration curve, started as a batch run, which
+    // runs the analysis once with the example's options.
+    explicit BuildingRun(int modes = -1, int columns = 1)
+        : ExampleModel("--spectrum flat --flat-value 0.3 --nodes-per-floor " + std::to_string(columns) +
+                       (modes >= 0 ? " --modes " + std::to_string(modes) : "")),
+          process(dir.Path(), "1/20/") {
         building.NodesPerFloor = columns;
-        const std::string command =
-            std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() +
-            "' --name-file --spectrum flat --flat-value 0.3 --nodes-per-floor " + std::to_string(columns) +
-            (modes >= 0 ? " --modes " + std::to_string(modes) : "") + " " + extra + " > /dev/null";
-        if (RunCommand(command) != 0) throw std::runtime_error("example tool failed: " + command);
-        host.Files1 = dir.Path();
-        host.Files2 = dir.File("bin");
-        state.Ui = &host;
-        if (Main(state, "1/20/") != StartOutcome::BatchWaiting) throw std::runtime_error("start-up failed");
     }
 
     // Runs again with only direction d on.
     void RunDirection(i16 d, i16 combMethod = 0) {
         for (int i = 1; i <= 6; ++i) state.Options.DirOn(i) = i == d ? 1 : 0;
         state.Options.CombMethod = combMethod;
-        state.List1.clear();
-        AnalyzeResponse(state);
+        process.Analyze();
     }
 
     // The equation of a floor's freedom at its last column.
@@ -69,19 +56,13 @@ struct BuildingRun {
     }
 
     // The displacement of equation eq in mode m, as the modal response file
-    // of direction d hands it over: the value beside the equation's first
-    // entry in the mode's block.
+    // of direction d hands it over.
     f32 FileDisplacement(i16 d, i32 m, i32 eq) const {
-        const std::string bytes = testing::ReadFile(dir.File("SHEAR.HS" + std::to_string(d)));
-        const auto at = [&](std::size_t offset) {
-            if (offset + 4 > bytes.size()) throw std::runtime_error("modal response file too short");
-            return reinterpret_cast<const unsigned char*>(bytes.data()) + offset;
-        };
-        const std::size_t nodes = std::size_t(GetI16(at(0)));
-        const std::size_t rows = std::size_t(GetI32(at(6)));
-        const std::size_t block = 16 + 8 * rows + 48 * nodes * std::size_t(m - 1);
-        for (std::size_t k = 0; k < 6 * nodes; ++k) {
-            if (GetI32(at(block + 8 * k)) == eq) return GetF32(at(block + 8 * k + 4));
+        const testing::ResponseFile hs(File(".HS" + std::to_string(d)));
+        for (int node = 1; node <= hs.Nodes(); ++node) {
+            for (int k = 1; k <= 6; ++k) {
+                if (hs.Equation(m, node, k) == eq) return hs.Value(m, node, k);
+            }
         }
         throw std::runtime_error("equation not in the block");
     }
@@ -92,7 +73,7 @@ struct BuildingRun {
 TEST(ShearBuilding, ParticipationDisplacementsAndShearMatchTheClosedForm) {
     for (int columns : {1, 3}) {
         SCOPED_TRACE("columns " + std::to_string(columns));
-        BuildingRun run(-1, "", columns);
+        BuildingRun run(-1, columns);
         run.state.Options.CreateAccelFile = 1;
         run.RunDirection(1);
         const RunState& s = run.state;
@@ -166,39 +147,6 @@ TEST(ShearBuilding, AllModesReachTheWholeMassAndFewerLeaveTheRestMissing) {
         }
         const double percent = kept / 5000 * 100;
         EXPECT_NEAR(std::stod(lastRow.substr(52, 7)), percent, 0.006) << lastRow;
-    }
-}
-
-TEST(ShearBuilding, PrincipalAngleSplitsTheMotionAndRotationsUseTheHeights) {
-    BuildingRun run;
-    run.state.Options.PrincipalAngle = 30;
-    run.RunDirection(1);
-    const RunState& s = run.state;
-    const double c = std::cos(30 * example::kPi / 180), sn = std::sin(30 * example::kPi / 180);
-    for (int floor = 1; floor <= 5; ++floor) {
-        ExpectNear(s.Excitation(run.Equation(floor, 1)), c, "x excitation");
-        ExpectNear(s.Excitation(run.Equation(floor, 3)), sn, "z excitation");
-    }
-    const std::vector<BuildingMode> modes = SortedModes(run.building);
-    for (std::size_t i = 0; i < modes.size(); ++i) {
-        const double along = modes[i].Family == Sway::X ? c : sn;
-        ExpectNear(s.Participation(i32(i + 1)), along * example::ParticipationFactor(5, 1000, modes[i].Order),
-                   "participation at 30 degrees, mode " + std::to_string(i + 1), 5e-6);
-    }
-
-    // A rotation about the major wave axis (here x) moves each floor in z by
-    // its height above the datum; one about the minor wave axis moves it in x
-    // by minus its height.
-    run.state.Options.PrincipalAngle = 0;
-    run.state.Options.GroundY = 1.5f;
-    run.RunDirection(4);
-    for (int floor = 1; floor <= 5; ++floor) {
-        ExpectNear(s.Excitation(run.Equation(floor, 3)), floor * 3.0 - 1.5, "z arm of rotation 4");
-        EXPECT_EQ(s.Excitation(run.Equation(floor, 1)), 0.0f);
-    }
-    run.RunDirection(6);
-    for (int floor = 1; floor <= 5; ++floor) {
-        ExpectNear(s.Excitation(run.Equation(floor, 1)), -(floor * 3.0 - 1.5), "x arm of rotation 6");
     }
 }
 

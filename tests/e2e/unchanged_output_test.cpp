@@ -15,10 +15,6 @@ namespace tremodal {
 namespace {
 
 using testing::ReadFile;
-using testing::RunCommand;
-using testing::RunTreModalIn;
-using testing::TempDir;
-using testing::WriteStandInCasepostIn;
 
 // FNV-1a, 64 bits: enough to tell one file from another.
 std::uint64_t Fingerprint(const std::string& bytes) {
@@ -32,16 +28,11 @@ std::uint64_t Fingerprint(const std::string& bytes) {
 
 std::map<std::string, std::uint64_t> RunAndFingerprint(const std::string& toolArguments,
                                                        const std::vector<std::string>& outputs) {
-    TempDir dir;
-    const std::string command = std::string("'") + EXAMPLE_TOOL + "' '" + dir.Path() + "' --name-file " +
-                                toolArguments + " > /dev/null";
-    EXPECT_EQ(RunCommand(command), 0) << command;
-    testing::WriteSettingsIn(dir.Path());
-    WriteStandInCasepostIn(dir.Path());
-    EXPECT_EQ(RunTreModalIn(dir.Path(), "1/20/"), 0);
+    const testing::ExampleModel model(toolArguments);
+    EXPECT_EQ(model.Run("1/20/").status, 0);
     std::map<std::string, std::uint64_t> prints;
     for (const std::string& name : outputs) {
-        prints[name] = Fingerprint(testing::MaskedRunText(ReadFile(dir.Path() + "/" + name), dir.Path()));
+        prints[name] = Fingerprint(testing::MaskedRunText(ReadFile(model.dir.File(name)), model.dir.Path()));
     }
     return prints;
 }

@@ -3,25 +3,22 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
-#include <random>
 
-#include "support/frequency_case_fixture.h"
+#include "base/worker_threads.h"
 #include "support/test_support.h"
+#include "tools/frequency_case_writer.h"
 
 namespace tremodal {
 namespace {
 
+using example::FrequencyCaseBytes;
+using example::FrequencyCaseData;
 using testing::BytesF32;
 using testing::BytesF64;
 using testing::BytesI32;
 using testing::FailureOf;
-using testing::FakeHost;
-using testing::FrequencyCaseBytes;
-using testing::FrequencyCaseData;
-using testing::TempDir;
-using testing::WriteFile;
+using testing::MessageOf;
 
 const char* const kLumpedText = "Lumped Mass Model should be used for Seismic Response Analysis";
 const char* const kSquareText =
@@ -29,8 +26,8 @@ const char* const kSquareText =
     "Ignore if Lumped Mass is set for 3-D Jacobi Eigen Solver";
 
 struct CaseFixture {
-    TempDir dir;
-    FakeHost host;
+    testing::TempDir dir;
+    testing::FakeHost host;
     RunState state;
     explicit CaseFixture(float nodes = 2) {
         state.Model.ModelPath = dir.File("FRAME");
@@ -39,7 +36,7 @@ struct CaseFixture {
         state.Options.DampingRatio = 0.05f;
         state.Ui = &host;
     }
-    void Write(const std::string& bytes) { WriteFile(dir.File("FRAME.H1"), bytes); }
+    void Write(const std::string& bytes) { testing::WriteFile(dir.File("FRAME.H1"), bytes); }
     // The reads of a run up to the end of the mass block, as the driver
     // makes them.
     void ReadAll() {
@@ -50,7 +47,8 @@ struct CaseFixture {
     std::int64_t Position() { return state.Freq.Stream->Position() - 1; }
 };
 
-// Two case nodes, three modes, six equations; node 2 has no rotations.
+// Two case nodes, three modes, six equations; node 2 has no freedom with an
+// equation. Mode 2's largest value is negative.
 FrequencyCaseData TwoNodeCase() {
     FrequencyCaseData c;
     c.CaseNodes = 2;
@@ -59,7 +57,7 @@ FrequencyCaseData TwoNodeCase() {
     c.Eigenvalues = {39.5, 412.25, 1000.001};
     c.NodeDof = {{1, 2, 3, 4, 5, 6}, {0, 0, 0, 0, 0, 0}};
     c.Shapes = {{0, 0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f},
-                {0, -1.5f, 2.5f, -3.5f, 4.5f, -5.5f, 6.5f},
+                {0, 1.5f, -2.5f, 3.5f, -4.5f, 5.5f, -6.5f},
                 {0, 7, 8, 9, 10, 11, 12}};
     c.MassForm = 1;
     c.Masses = {1.25, 2.5, 3.75, 5, 6.25, 7.1};
@@ -71,76 +69,38 @@ void Patch(std::string& bytes, std::size_t at, const std::string& with) {
 }
 
 TEST(FrequencyCase, MassFormDecidesTheBlockAndTheMessage) {
-    {
-        // Square form in the dialog: the two-line message; only the diagonal
-        // is kept, and the terms off it are passed over even when damaged.
+    // Square form in the dialog: the two-line message; only the diagonal is
+    // kept, and the terms off it are passed over even when damaged. Value 2
+    // is read as lumped and tells the user, in a batch run too.
+    const struct {
+        std::int32_t form;
+        i16 batch;
+        const char* message;
+        std::int32_t read;
+        f32 sixth;
+    } forms[] = {{0, 0, kSquareText, 0, 0.1f}, {2, 1, kLumpedText, 1, 7.1f}};
+    for (const auto& form : forms) {
         CaseFixture f;
         FrequencyCaseData c = TwoNodeCase();
-        c.MassForm = 0;
-        c.Masses = {1.5, 2.5, 3.5, 4.5, 5.5, 0.1};
+        c.MassForm = form.form;
+        if (form.form == 0) c.Masses = {1.5, 2.5, 3.5, 4.5, 5.5, 0.1};
         c.OffDiagonal = std::numeric_limits<double>::quiet_NaN();
         const std::string bytes = FrequencyCaseBytes(c);
-        ASSERT_EQ(bytes.size(), 356u + 4 + 36 * 8);
         f.Write(bytes);
+        f.state.BatchRun = form.batch;
         f.ReadAll();
-        ASSERT_EQ(f.host.Messages.size(), 1u);
-        EXPECT_EQ(f.host.Messages[0], kSquareText);
-        EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL");
-        const FrequencyCase& r = f.state.Freq;
-        EXPECT_EQ(r.MassForm, 0);
-        EXPECT_EQ(r.MassTerms.Upper(), 6);
-        EXPECT_EQ(r.MassTerms(1), 1.5f);
-        EXPECT_EQ(r.MassTerms(6), 0.1f);
-        EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
+        EXPECT_EQ(f.host.Messages, std::vector<std::string>{form.message});
+        EXPECT_EQ(f.host.MessageTitles, std::vector<std::string>{"TREMODAL"});
+        EXPECT_EQ(f.state.Freq.MassForm, form.read);
+        EXPECT_EQ(f.state.Freq.MassTerms.Upper(), 6);
+        EXPECT_EQ(f.state.Freq.MassTerms(1), form.form == 0 ? 1.5f : 1.25f);
+        EXPECT_EQ(f.state.Freq.MassTerms(6), form.sixth);
+        EXPECT_EQ(f.Position(), std::int64_t(bytes.size()));
+        // The peak of a mode is its largest magnitude: mode 2's is -6.5.
+        EXPECT_EQ(f.state.Freq.ShapePeak(1), 0.6f);
+        EXPECT_EQ(f.state.Freq.ShapePeak(2), 6.5f);
+        EXPECT_EQ(f.state.Freq.ShapePeak(3), 12.0f);
     }
-    {
-        // Value 2 is read as lumped and tells the user, in a batch run too.
-        CaseFixture f;
-        FrequencyCaseData c = TwoNodeCase();
-        c.MassForm = 2;
-        f.Write(FrequencyCaseBytes(c));
-        f.state.BatchRun = 1;
-        f.ReadAll();
-        ASSERT_EQ(f.host.Messages.size(), 1u);
-        EXPECT_EQ(f.host.Messages[0], kLumpedText);
-        EXPECT_EQ(f.host.MessageTitles[0], "TREMODAL");
-        EXPECT_EQ(f.state.Freq.MassForm, 1);
-        EXPECT_EQ(f.state.Freq.MassTerms(3), 3.75f);
-    }
-}
-
-TEST(FrequencyCase, FileEndingInAnySectionIsInputPastEnd) {
-    FrequencyCaseData lumped = TwoNodeCase();
-    FrequencyCaseData square = TwoNodeCase();
-    square.MassForm = 0;
-    const std::string lumpedBytes = FrequencyCaseBytes(lumped);
-    const std::string squareBytes = FrequencyCaseBytes(square);
-    // Header, eigenvalues, shape block, mass form, mass count, masses; the
-    // discarded word and the last term of the square block.
-    const std::pair<const std::string*, std::size_t> cuts[] = {
-        {&lumpedBytes, 0},
-        {&lumpedBytes, 39},
-        {&lumpedBytes, 63},
-        {&lumpedBytes, 64},
-        {&lumpedBytes, 351},
-        {&lumpedBytes, 355},
-        {&lumpedBytes, 359},
-        {&lumpedBytes, lumpedBytes.size() - 1},
-        {&squareBytes, 357},
-        {&squareBytes, 360},
-        {&squareBytes, squareBytes.size() - 1},
-    };
-    for (const auto& [bytes, length] : cuts) {
-        CaseFixture f;
-        f.Write(bytes->substr(0, length));
-        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd) << "cut at " << length;
-    }
-    // Cut before the shapes: nothing was allocated.
-    CaseFixture f;
-    f.Write(lumpedBytes.substr(0, 351));
-    EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd);
-    EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
-    EXPECT_EQ(f.state.Freq.Eigenvalue.Upper(), -1);
 }
 
 TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
@@ -160,7 +120,7 @@ TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
     EXPECT_EQ(r.NumModes, 2);
     EXPECT_EQ(r.Eigenvalue.Upper(), 10);
     EXPECT_EQ(r.ModeShape.Upper2(), 10);
-    EXPECT_EQ(r.ModeShape(3, 2), -3.5f);
+    EXPECT_EQ(r.ModeShape(3, 2), 3.5f);
     EXPECT_EQ(r.MassTerms(6), 7.1f);
     EXPECT_EQ(f.Position(), static_cast<std::int64_t>(bytes.size()));
 
@@ -183,7 +143,10 @@ TEST(FrequencyCase, ZeroEigenvalueEndsTheListWithoutTheSlotsBehindIt) {
     EXPECT_EQ(h.state.Excitation.Upper(), 13);
 }
 
-TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
+// Every broken file fails with its number, on one thread as on several,
+// at the first fault in the file, and before the arrays its header sizes are
+// allocated where that fault lies before the shapes.
+TEST(FrequencyCase, BrokenFilesFailBeforeTheirArraysAreAllocated) {
     // What the machine can give is set low, so that the test does not depend
     // on the memory of the machine it runs on.
     struct Budget {
@@ -191,60 +154,88 @@ TEST(FrequencyCase, AbsurdHeadersFailBeforeAnyAllocation) {
         Budget() { SetMemoryBudget(std::int64_t(1) << 30); }
         ~Budget() { SetMemoryBudget(old); }
     } budget;
-    // Unused word and direction masses, one eigenvalue, 52 bytes to the end.
-    const std::string body = std::string(28, '\0') + BytesF64(100) + std::string(52, '\0');
-    struct Header {
-        std::int32_t caseNodes, dof, modes;
+    FrequencyCaseData square = TwoNodeCase(), longMasses = TwoNodeCase();
+    square.MassForm = 0;
+    longMasses.MassCount = 2000000000;
+    const std::string lumped = FrequencyCaseBytes(TwoNodeCase()), squareBytes = FrequencyCaseBytes(square);
+    // A header, then an unused word and direction masses, one eigenvalue and
+    // 52 bytes to the end.
+    const auto header = [](std::int32_t caseNodes, std::int32_t dof, std::int32_t modes) {
+        return BytesI32(caseNodes) + BytesI32(dof) + BytesI32(modes) + std::string(28, '\0') + BytesF64(100) +
+               std::string(52, '\0');
+    };
+    // Mode 2's freedom 3 spoilt (its equation, or its value behind equation
+    // 3), and, later in the file, mode 3's equation of freedom 1.
+    const auto pairs = [&](const std::string& mode2, const std::string& mode3) {
+        std::string bytes = lumped;
+        Patch(bytes, 64 + 96 + 16, mode2);
+        Patch(bytes, 64 + 2 * 96, mode3);
+        return bytes;
+    };
+    const f32 inf = std::numeric_limits<f32>::infinity();
+    struct Case {
+        std::string bytes;
         int failure;
+        bool allocated;
+        const char* message = nullptr;
+        float nodes = 2;
     };
-    const Header headers[] = {
-        {1, 2000000000, 1, kOutOfMemory},   // arrays of 16 GB
-        {0, 6, 2000000000, kOutOfMemory},   // a zero ends the list, the arrays keep its count
-        {1, 6, 3, kInputPastEnd},           // the zero leaves one mode, whose shapes overrun the file
-        {2000000000, 6, 1, kInputPastEnd},  // shape block beyond the file
-        {-1, 6, 1, kSubscriptOutOfRange},  {1, -6, 1, kSubscriptOutOfRange}, {1, 6, -1, kSubscriptOutOfRange},
-        {5, 6, 1, kInputPastEnd},  // five node blocks cannot stand in 56 bytes
-    };
-    for (const Header& h : headers) {
-        CaseFixture f;
-        const std::string bytes = BytesI32(h.caseNodes) + BytesI32(h.dof) + BytesI32(h.modes) + body;
-        ASSERT_EQ(bytes.size(), 100u);
-        f.Write(bytes);
-        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), h.failure)
-            << h.caseNodes << " " << h.dof << " " << h.modes;
-        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
-        EXPECT_EQ(f.state.ModalAccel.Upper1(), -1);
-    }
-    {
+    std::vector<Case> cases = {
+        // Arrays of 16 GB; a zero that ends the list while the arrays keep
+        // its count; the zero leaving one mode whose shapes overrun the
+        // file; a shape block beyond the file; negative counts; five node
+        // blocks that cannot stand in 56 bytes.
+        {header(1, 2000000000, 1), kOutOfMemory, false},
+        {header(0, 6, 2000000000), kOutOfMemory, false},
+        {header(1, 6, 3), kInputPastEnd, false},
+        {header(2000000000, 6, 1), kInputPastEnd, false},
+        {header(-1, 6, 1), kSubscriptOutOfRange, false},
+        {header(1, -6, 1), kSubscriptOutOfRange, false},
+        {header(1, 6, -1), kSubscriptOutOfRange, false},
+        {header(5, 6, 1), kInputPastEnd, false},
         // A list with neither its count nor a zero in the file.
-        CaseFixture f;
-        f.Write(BytesI32(1) + BytesI32(6) + BytesI32(4) + std::string(28, '\0') + BytesF64(100) +
-                BytesF64(200));
-        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), kInputPastEnd);
-        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
-    }
-    {
+        {header(1, 6, 4).substr(0, 48) + BytesF64(200), kInputPastEnd, false},
         // More case nodes than model nodes.
-        CaseFixture f(1);
-        f.Write(FrequencyCaseBytes(TwoNodeCase()));
-        EXPECT_EQ(FailureOf([&] { ReadFrequencyCase(f.state); }), kSubscriptOutOfRange);
-        EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1);
+        {lumped, kSubscriptOutOfRange, false, nullptr, 1},
+        // A mass block longer than the file, or of a negative count.
+        {FrequencyCaseBytes(longMasses), kInputPastEnd, true},
+        {lumped.substr(0, 356) + BytesI32(-1), kSubscriptOutOfRange, true},
+        {pairs(BytesI32(-1), BytesI32(7)), kSubscriptOutOfRange, true, "subscript -1 outside 0..6"},
+        {pairs(BytesI32(7), BytesI32(-1)), kSubscriptOutOfRange, true, "subscript 7 outside 0..6"},
+        {pairs(BytesI32(3) + BytesF32(inf), BytesI32(-1)), kOverflow, true,
+         "overflow: Inf does not fit a single"},
+        {pairs(BytesI32(3) + BytesF32(-inf), BytesI32(-1)), kOverflow, true,
+         "overflow: -Inf does not fit a single"},
+        {pairs(BytesI32(3) + BytesF32(std::nanf("")), BytesI32(7)), kOverflow, true,
+         "overflow: not a number stored in a single"},
+    };
+    // Cut in the header, eigenvalues, shape block, mass form, mass count,
+    // masses; the discarded word and the last term of the square block.
+    for (const std::size_t cut : std::vector<std::size_t>{0, 39, 63, 64, 351, 355, 359, lumped.size() - 1})
+        cases.push_back({lumped.substr(0, cut), kInputPastEnd, cut > 351});
+    for (const std::size_t cut : std::vector<std::size_t>{357, 360, squareBytes.size() - 1})
+        cases.push_back({squareBytes.substr(0, cut), kInputPastEnd, true});
+    for (const int threads : {1, 3}) {
+        SetWorkerThreads(threads);
+        SetSmallShares(threads > 1);
+        for (const auto& c : cases) {
+            CaseFixture f(c.nodes);
+            f.Write(c.bytes);
+            const std::string where = std::to_string(c.bytes.size()) + " bytes, " + std::to_string(threads);
+            EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), c.failure) << where;
+            if (c.message) {
+                EXPECT_EQ(MessageOf([&] { f.ReadAll(); }),
+                          f.dir.File("FRAME.H1: in its mode shapes, ") + c.message);
+            }
+            if (!c.allocated) {
+                EXPECT_EQ(f.state.Freq.ModeShape.Upper1(), -1) << where;
+                EXPECT_EQ(f.state.ModalAccel.Upper1(), -1) << where;
+            }
+            EXPECT_EQ(f.state.Freq.MassTerms.Upper(), -1) << where;
+        }
     }
-    {
-        // A mass block longer than the file, checked before its allocation.
-        CaseFixture f;
-        FrequencyCaseData c = TwoNodeCase();
-        c.MassCount = 2000000000;
-        f.Write(FrequencyCaseBytes(c));
-        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kInputPastEnd);
-        EXPECT_EQ(f.state.Freq.MassTerms.Upper(), -1);
-        c.MassCount = -1;
-        c.Masses.clear();
-        std::string bytes = FrequencyCaseBytes(c);
-        Patch(bytes, 356, BytesI32(-1));
-        f.Write(bytes);
-        EXPECT_EQ(FailureOf([&] { f.ReadAll(); }), kSubscriptOutOfRange);
-    }
+    SetWorkerThreads(1);
+    SetSmallShares(false);
 }
 
 }  // namespace

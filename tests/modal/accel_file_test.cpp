@@ -8,8 +8,8 @@
 #include <cmath>
 #include <string>
 
+#include "support/closed_form.h"
 #include "support/model_fixture.h"
-#include "tools/shear_building.h"
 
 namespace tremodal {
 namespace {
@@ -90,8 +90,8 @@ TEST(AccelFile, NodeNumbersFrom1000OnBreakTheirLines) {
     // The first x mode on the flat curve: a Gamma phi at a floor, Gamma phi
     // being 2 / (2N + 1) cot(theta / 2) sin(j theta) in closed form.
     const int storeys = 999;
-    const double theta = example::ModeAngle(storeys, 1);
-    const double omega = example::FamilyOmega(storeys, 1000, 1.0e6, 1);
+    const double theta = closed_form::ModeAngle(storeys, 1);
+    const double omega = closed_form::FamilyOmega(storeys, 1000, 1.0e6, 1);
     const auto accel = [&](int floor) {
         return 0.3 * kCurveFactor * 2 / (2.0 * storeys + 1) / std::tan(theta / 2) * std::sin(floor * theta);
     };

@@ -1,7 +1,7 @@
-// The double sums of the combination worked out in rows side by side and on
-// several threads: the bits of the result are those of the plain double loop
-// with a store on every addition, and a fault is the one that loop meets
-// first.
+// The modal combinations of the base shear worked out in rows side by side,
+// four terms at a time and on several threads: the bits of the result are
+// those of the plain loop with a store on every addition, and a fault is the
+// one that loop meets first, with the number and message one thread gives.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -12,23 +12,26 @@
 #include "base/wide_registers.h"
 #include "base/worker_threads.h"
 #include "modal/base_shear.h"
+#include "support/closed_form.h"
 #include "support/test_support.h"
 
 namespace tremodal {
 namespace {
 
-using testing::FailureOf;
+using closed_form::ModalShears;
 
 // Several threads share out even these few hundred rows, as they would the
-// rows of thousands of modes.
-struct ThreadCount {
-    explicit ThreadCount(int count) {
+// rows of thousands of modes; the wide registers on or off.
+struct Threads {
+    Threads(int count, bool wide) {
         SetWorkerThreads(count);
         SetSmallShares(count > 1);
+        AllowWideRegisters(wide);
     }
-    ~ThreadCount() {
+    ~Threads() {
         SetWorkerThreads(1);
         SetSmallShares(false);
+        AllowWideRegisters(true);
     }
 };
 
@@ -55,87 +58,118 @@ void MakeModes(RunState& s, i32 modes, unsigned seed) {
     s.Options.Duration = 12;
 }
 
-// The modal correlation of the complete quadratic combination, with its
-// powers, the numerator and the coefficient stored as singles.
+// The modal shears Gamma^2 S f omega^2 in double, or stored as singles.
+ModalShears ShearsOf(const RunState& s, bool single) {
+    ModalShears m;
+    for (i32 k = 1; k <= s.Freq.NumModes; ++k) {
+        const f64 g = s.Participation(k), w = s.Freq.Omega(k);
+        const f64 a = g * g * s.Curve.ModalSpectrum(k) * f64(s.Options.DirFactor(1)) * (w * w);
+        m.A.push_back(single ? f32(a) : a);
+        m.Omega.push_back(w);
+        m.Zeta.push_back(s.ModalDamping(k));
+    }
+    return m;
+}
+
+// The correlations with the ratio, the CQC numerator and coefficient and the
+// DSM epsilon and coefficient stored as singles.
 f64 CqcRho(f64 wi, f64 wj, f64 zi, f64 zj) {
     const f32 r = f32(wj / wi);
     if (r == 1.0f) return 1;
-    const f64 rr = r;
-    const f32 num = f32(8 * std::pow(zj * zi, 0.5) * (zj * rr + zi) * std::pow(rr, 1.5));
-    const f64 den = (1 - rr * rr) * (1 - rr * rr) + (1 + rr * rr) * 4 * zi * zj * rr +
-                    4 * (zi * zi + zj * zj) * (rr * rr);
-    return std::min(f32(num / den), 1.0f);
+    const f32 num = f32(closed_form::CqcNumerator(r, zi, zj));
+    return std::min(f32(num / closed_form::CqcDenominator(r, zi, zj)), 1.0f);
 }
-
-// The correlation of the double sum from the damped frequencies and the
-// effective damping of the two modes.
 f64 DsmRho(f64 wi, f64 wj, f64 dampedI, f64 dampedJ, f64 effectiveI, f64 effectiveJ) {
-    const f64 den = effectiveJ * wj + effectiveI * wi;
-    const f32 eps = f32((dampedJ - dampedI) / den);
-    return f32(1 / (1 + f64(eps) * eps));
+    const f32 eps = f32(closed_form::DsmEpsilon(wi, wj, dampedI, dampedJ, effectiveI, effectiveJ));
+    return f32(closed_form::DsmCorrelation(eps));
 }
 
-// The sums in the order of their definition, every stored value a single.
+// The double sums in the order of their definition, every stored value a
+// single.
 f32 PlainDoubleSum(const RunState& s, int method) {
-    const i32 n = s.Freq.NumModes;
-    std::vector<f32> a(std::size_t(n) + 1), wd(a.size()), ze(a.size());
-    for (i32 m = 1; m <= n; ++m) {
-        const f64 g = s.Participation(m), w = s.Freq.Omega(m), z = s.ModalDamping(m);
-        a[std::size_t(m)] = f32(g * g * s.Curve.ModalSpectrum(m) * f64(s.Options.DirFactor(1)) * (w * w));
-        wd[std::size_t(m)] = f32(std::pow(1 - z * z, 0.5) * w);
-        ze[std::size_t(m)] = f32(2.0 / s.Options.Duration / w + z);
+    const ModalShears m = ShearsOf(s, true);
+    std::vector<f32> wd, ze;
+    for (std::size_t k = 0; k < m.A.size(); ++k) {
+        wd.push_back(f32(closed_form::DampedOmega(m.Omega[k], m.Zeta[k])));
+        ze.push_back(f32(closed_form::EffectiveDamping(m.Omega[k], m.Zeta[k], s.Options.Duration)));
     }
     f32 total = 0;
-    for (i32 i = 1; i <= n; ++i) {
-        for (i32 j = 1; j <= n; ++j) {
-            const f64 wi = s.Freq.Omega(i), wj = s.Freq.Omega(j);
-            const f64 zi = s.ModalDamping(i), zj = s.ModalDamping(j);
+    for (std::size_t i = 0; i < m.A.size(); ++i) {
+        for (std::size_t j = 0; j < m.A.size(); ++j) {
             if (method == 1) {
-                total = f32(total + CqcRho(wi, wj, zi, zj) * a[std::size_t(i)] * a[std::size_t(j)]);
+                total = f32(total + CqcRho(m.Omega[i], m.Omega[j], m.Zeta[i], m.Zeta[j]) * m.A[i] * m.A[j]);
             } else {
-                const f64 rho = DsmRho(wi, wj, wd[std::size_t(i)], wd[std::size_t(j)], ze[std::size_t(i)],
-                                       ze[std::size_t(j)]);
-                total = f32(total + f64(a[std::size_t(j)]) * a[std::size_t(i)] * rho);
+                const f64 rho = DsmRho(m.Omega[i], m.Omega[j], wd[i], wd[j], ze[i], ze[j]);
+                total = f32(total + m.A[j] * m.A[i] * rho);
             }
         }
     }
     return total;
 }
 
-TEST(DoubleSumRows, DoubleSumsOnSeveralThreadsKeepTheBitsOfThePlainLoop) {
-    for (const int method : {1, 3}) {
-        for (const unsigned seed : {1u, 2u}) {
-            RunState s;
-            MakeModes(s, 700, seed);
+TEST(DoubleSumRows, EveryMethodOnSeveralThreadsKeepsTheBitsOfTheSingleBySingleSums) {
+    for (const unsigned seed : {1u, 2u}) {
+        RunState s;
+        MakeModes(s, 700, seed);
+        // SRSS and the grouping on shears that are not round numbers: a sum
+        // in double rounded once at the end comes out otherwise.
+        const ModalShears exact = ShearsOf(s, false), single = ShearsOf(s, true);
+        ASSERT_NE(f32(closed_form::SrssSum(exact)), closed_form::SrssSum<f32>(exact));
+        ASSERT_NE(f32(closed_form::TenPercentSum(single)), closed_form::TenPercentSum<f32>(single));
+        const f32 expected[] = {closed_form::SrssSum<f32>(exact), PlainDoubleSum(s, 1),
+                                closed_form::TenPercentSum<f32>(single), PlainDoubleSum(s, 3)};
+        for (const int method : {0, 1, 2, 3}) {
             s.Options.CombMethod = i16(method);
-            const f32 expected = PlainDoubleSum(s, method);
             for (const int threads : {1, 2, 3}) {
-                ThreadCount count(threads);
+                Threads count(threads, threads != 2);
                 CombineBaseShear(s, 1);
-                EXPECT_EQ(s.BaseShear(1), expected) << "method " << method << ", " << threads << " threads";
+                EXPECT_EQ(s.BaseShear(1), expected[method])
+                    << "method " << method << ", " << threads << " threads";
             }
         }
     }
 }
 
-TEST(DoubleSumRows, AFaultInARowIsTheOneTheRowOrderMeetsFirst) {
-    for (const int threads : {1, 3}) {
-        ThreadCount count(threads);
-        RunState s;
-        MakeModes(s, 200, 3);
-        s.Options.CombMethod = 1;
-        // A negative damping ratio has no square root with the next mode's.
-        s.ModalDamping(150) = -0.05f;
-        EXPECT_EQ(FailureOf([&] { CombineBaseShear(s, 1); }), kInvalidArgument) << threads;
-        // With huge modes 1 and 100 the running sum overflows at the pair
-        // (1, 100), before the pair (1, 150) meets the root.
-        s.Participation(1) = 1e10f;
-        s.Participation(100) = 5e18f;
-        s.Curve.ModalSpectrum(1) = s.Curve.ModalSpectrum(100) = 0.01f;
-        EXPECT_EQ(FailureOf([&] { CombineBaseShear(s, 1); }), kOverflow) << threads;
-        s.Options.CombMethod = 3;
-        s.ModalDamping(150) = 0.05f;
-        EXPECT_EQ(FailureOf([&] { CombineBaseShear(s, 1); }), kOverflow) << threads;
+// A negative damping ratio at mode 150 has no square root with the other
+// modes' (CQC). With huge modes 1 and 100 the running sum overflows at the
+// pair (1, 100), before the pair (1, 150) meets the root. Effective damping
+// 0.25 + 0.25 and 0.25 - 0.75 at 1 rad/s make the DSM denominator of modes
+// 60 and 61 exactly 0: its epsilon is infinite and its term a finite 0, so
+// only the division itself tells.
+TEST(DoubleSumRows, AFaultIsTheOneThePlainLoopMeetsFirstOnOneThread) {
+    const struct {
+        i16 method;
+        bool negativeDamping, hugeModes, zeroDenominator;
+        int failure;
+    } cases[] = {{1, true, false, false, kInvalidArgument},
+                 {1, true, true, false, kOverflow},
+                 {3, false, true, false, kOverflow},
+                 {3, false, false, true, kDivisionByZero}};
+    for (const auto& c : cases) {
+        const auto failureOn = [&](int threads, bool wide) {
+            Threads count(threads, wide);
+            RunState s;
+            MakeModes(s, 200, 3);
+            s.Options.CombMethod = c.method;
+            if (c.negativeDamping) s.ModalDamping(150) = -0.05f;
+            if (c.hugeModes) {
+                s.Participation(1) = 1e10f;
+                s.Participation(100) = 5e18f;
+                s.Curve.ModalSpectrum(1) = s.Curve.ModalSpectrum(100) = 0.01f;
+            }
+            if (c.zeroDenominator) {
+                s.Options.Duration = 8;
+                s.Freq.Omega(60) = s.Freq.Omega(61) = 1;
+                s.ModalDamping(60) = 0.25f;
+                s.ModalDamping(61) = -0.75f;
+            }
+            return std::to_string(testing::FailureOf([&] { CombineBaseShear(s, 1); })) + " " +
+                   testing::MessageOf([&] { CombineBaseShear(s, 1); });
+        };
+        const std::string one = failureOn(1, false);
+        EXPECT_EQ(one.substr(0, one.find(' ')), std::to_string(c.failure));
+        for (const int threads : {1, 3})
+            for (const bool wide : {true, false}) EXPECT_EQ(failureOn(threads, wide), one) << threads << wide;
     }
 }
 
@@ -154,60 +188,46 @@ TEST(DoubleSumRows, RowsFourTermsAtATimeHoldTheBitsOfTheFormulas) {
             omega[m] = m % 9 == 0 ? omega[m - 1] : f32(0.01 * std::pow(1e7, u(g)));
             zeta[m] = m % 4 == 0 ? 0.0f : f32(u(g) * 0.2);
             shear[m] = f32((u(g) - 0.5) * 1e3);
-            damped[m] = f32(std::pow(1 - f64(zeta[m]) * zeta[m], 0.5) * omega[m]);
-            effective[m] = f32(2.0 / 15 / omega[m] + zeta[m]);
+            damped[m] = f32(closed_form::DampedOmega(omega[m], zeta[m]));
+            effective[m] = f32(closed_form::EffectiveDamping(omega[m], zeta[m], 15));
         }
+        const auto cqc = [&](f64* terms, i32 i) {
+            return detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i, terms);
+        };
+        const auto dsm = [&](f64* terms, i32 i) {
+            return detail::DsmRowTerms(omega.data(), damped.data(), effective.data(), shear.data(), 1, count,
+                                       i, terms);
+        };
         std::vector<f64> wide(n), narrow(n);
         for (i32 i = 1; i <= count; ++i) {
-            AllowWideRegisters(true);
-            const bool wideGood =
-                detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i, wide.data());
-            AllowWideRegisters(false);
-            const bool good =
-                detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, i, narrow.data());
-            ASSERT_TRUE(good && wideGood) << i;
-            for (i32 j = 1; j <= count; ++j) {
-                const std::size_t k = std::size_t(j - 1);
-                ASSERT_EQ(std::bit_cast<std::uint64_t>(wide[k]), std::bit_cast<std::uint64_t>(narrow[k]))
-                    << "CQC " << i << ", " << j;
-                const f64 rho = CqcRho(omega[std::size_t(i)], omega[std::size_t(j)], zeta[std::size_t(i)],
-                                       zeta[std::size_t(j)]);
-                ASSERT_EQ(wide[k], rho * shear[std::size_t(i)] * shear[std::size_t(j)])
-                    << "CQC " << i << ", " << j;
-            }
-            AllowWideRegisters(true);
-            const bool dsmWideGood = detail::DsmRowTerms(omega.data(), damped.data(), effective.data(),
-                                                         shear.data(), 1, count, i, wide.data());
-            AllowWideRegisters(false);
-            const bool dsmGood = detail::DsmRowTerms(omega.data(), damped.data(), effective.data(),
-                                                     shear.data(), 1, count, i, narrow.data());
-            ASSERT_TRUE(dsmGood && dsmWideGood) << i;
-            for (i32 j = 1; j <= count; ++j) {
-                const std::size_t k = std::size_t(j - 1), ui = std::size_t(i), uj = std::size_t(j);
-                ASSERT_EQ(std::bit_cast<std::uint64_t>(wide[k]), std::bit_cast<std::uint64_t>(narrow[k]))
-                    << "DSM " << i << ", " << j;
-                const f64 rho =
-                    DsmRho(omega[ui], omega[uj], damped[ui], damped[uj], effective[ui], effective[uj]);
-                ASSERT_EQ(wide[k], f64(shear[uj]) * shear[ui] * rho) << "DSM " << i << ", " << j;
+            for (const bool isCqc : {true, false}) {
+                AllowWideRegisters(true);
+                ASSERT_TRUE(isCqc ? cqc(wide.data(), i) : dsm(wide.data(), i)) << i;
+                AllowWideRegisters(false);
+                ASSERT_TRUE(isCqc ? cqc(narrow.data(), i) : dsm(narrow.data(), i)) << i;
+                for (i32 j = 1; j <= count; ++j) {
+                    const std::size_t k = std::size_t(j - 1), ui = std::size_t(i), uj = std::size_t(j);
+                    ASSERT_EQ(std::bit_cast<std::uint64_t>(wide[k]), std::bit_cast<std::uint64_t>(narrow[k]))
+                        << isCqc << " " << i << ", " << j;
+                    const f64 term =
+                        isCqc ? CqcRho(omega[ui], omega[uj], zeta[ui], zeta[uj]) * shear[ui] * shear[uj]
+                              : f64(shear[uj]) * shear[ui] *
+                                    DsmRho(omega[ui], omega[uj], damped[ui], damped[uj], effective[ui],
+                                           effective[uj]);
+                    ASSERT_EQ(wide[k], term) << isCqc << " " << i << ", " << j;
+                }
             }
         }
         // A fault anywhere in the row, in the first four terms or the tail.
+        const std::vector<f32> keepZeta = zeta, keepOmega = omega, keepEffective = effective;
         for (const std::size_t at : {std::size_t(2), std::size_t(count)}) {
             for (const bool allow : {true, false}) {
                 AllowWideRegisters(allow);
-                const f32 keep = zeta[at];
                 zeta[at] = -0.01f;
-                EXPECT_FALSE(
-                    detail::CqcRowTerms(omega.data(), zeta.data(), shear.data(), 1, count, 1, wide.data()));
-                zeta[at] = keep;
-                const f32 keepOmega = omega[at], keepEffective = effective[at];
-                omega[at] = effective[at] = 0;
-                effective[1] = 0;
-                EXPECT_FALSE(detail::DsmRowTerms(omega.data(), damped.data(), effective.data(), shear.data(),
-                                                 1, count, 1, wide.data()));
-                omega[at] = keepOmega;
-                effective[at] = keepEffective;
-                effective[1] = f32(2.0 / 15 / omega[1] + zeta[1]);
+                EXPECT_FALSE(cqc(wide.data(), 1));
+                omega[at] = effective[at] = effective[1] = 0;
+                EXPECT_FALSE(dsm(wide.data(), 1));
+                zeta = keepZeta, omega = keepOmega, effective = keepEffective;
             }
         }
     }

@@ -10,7 +10,6 @@
 #include <string>
 
 #include "base/binary_files.h"
-#include "support/frequency_case_fixture.h"
 #include "support/model_fixture.h"
 
 namespace tremodal {

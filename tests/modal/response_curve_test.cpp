@@ -69,6 +69,9 @@ TEST_F(SpectrumCurveRead, LogLogInterpolationKeepsTheCurveInItsOwnUnits) {
 }
 
 TEST_F(SpectrumCurveRead, EveryFaultEndsInTheOneMessage) {
+    // A hundred points (0.01 k, k) fit, a marker in the place of a 101st.
+    std::string hundred;
+    for (int k = 1; k <= 100; ++k) hundred += std::to_string(0.01 * k) + "," + std::to_string(k) + "\n";
     const auto messageCount = [&](const std::string& curve, i16 interp, bool removeFile = false) {
         Build({6.284f, 3.0f}, curve);
         s.Options.InterpMethod = interp;
@@ -84,6 +87,8 @@ TEST_F(SpectrumCurveRead, EveryFaultEndsInTheOneMessage) {
     EXPECT_EQ(messageCount("0.5,0\n1.5,4.0\n-1\n", 1), 1u);   // log of a zero value
     EXPECT_EQ(messageCount("-0.5,2\n1.5,4.0\n-1\n", 1), 1u);  // log of a negative period
     EXPECT_EQ(messageCount("0.5,0\n1.5,4.0\n-1\n", 0), 0u);   // linear takes the 0
+    EXPECT_EQ(messageCount(hundred + "-1\n", 0), 0u);
+    EXPECT_EQ(messageCount(hundred + "1.1,101\n-1\n", 0), 1u);
 
     // A mode that meets two equal periods exactly divides 0 by 0; the modes
     // before it keep their values, the others the zeros they had.
@@ -95,6 +100,19 @@ TEST_F(SpectrumCurveRead, EveryFaultEndsInTheOneMessage) {
     EXPECT_NE(Spectrum(1), 0.0f);
     EXPECT_EQ(Spectrum(2), 0.0f);
     EXPECT_EQ(Spectrum(3), 0.0f);
+}
+
+TEST_F(SpectrumCurveRead, TheFirstOfTwoEqualHighestValuesIsThePeak) {
+    // The ZPA period, point 1's 0.5 s, lies beyond the peak at 0.2 s and
+    // before the one at 0.8 s: the missing mass warning follows the first.
+    for (const bool earlyFirst : {true, false}) {
+        host.Messages.clear();
+        Build({6.284f}, earlyFirst ? "0.5,1\n0.2,3\n0.8,3\n1.0,1\n-1\n" : "0.5,1\n0.8,3\n0.2,3\n1.0,1\n-1\n");
+        s.Options.MissMassOn = 1;
+        ReadSpectrumCurve(s);
+        const std::vector<std::string> warning = {"ZPA Period > Tmax Period - Check"};
+        EXPECT_EQ(host.Messages, earlyFirst ? warning : std::vector<std::string>{});
+    }
 }
 
 }  // namespace

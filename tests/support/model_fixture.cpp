@@ -1,9 +1,11 @@
 #include "support/model_fixture.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
+#include "input/options_file.h"
 #include "run/analysis_driver.h"
 #include "run/startup.h"
 #include "support/frequency_case_fixture.h"
@@ -79,12 +81,6 @@ void ModelFixture::WriteFrequencyCase() const {
     WriteFile(File(".H1"), FrequencyCaseBytes(FrameFrequencyCase()));
 }
 
-std::string WriteSettingsIn(const std::string& dir) {
-    std::filesystem::create_directories(dir + "/config/VARNEK");
-    WriteFile(dir + "/config/VARNEK/VARNEK.conf", "[Setup]\nFiles1=" + dir + "\nFiles2=" + dir + "/bin\n");
-    return dir + "/config";
-}
-
 void WriteStandInCasepostIn(const std::string& dir) {
     std::filesystem::create_directories(dir + "/bin");
     const std::string path = dir + "/bin/casepost";
@@ -94,13 +90,23 @@ void WriteStandInCasepostIn(const std::string& dir) {
 
 int RunTreModalIn(const std::string& dir, const std::string& commandLine, int seconds,
                   const std::string& environment) {
-    const char* binary = TREMODAL_BIN;
-    const std::string config = WriteSettingsIn(dir);
-    // No screen: message boxes must go to standard error and never wait.
-    const std::string command = "cd '" + dir + "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" +
-                                config + "' " + environment + " timeout " + std::to_string(seconds) + " '" +
-                                binary + "' " + commandLine + " 2> '" + dir + "/stderr.txt' < /dev/null";
-    return RunCommand(command);
+    return RunTreModal(dir, commandLine, {.environment = environment, .seconds = seconds}).status;
+}
+
+void EditOptions(const std::string& modelPath, const std::string& number,
+                 const std::function<void(ResponseOptions&)>& change, const std::string& to) {
+    RunState state;
+    state.Model.ModelPath = modelPath;
+    state.Options.OptionsFile = modelPath + ".USM" + number;
+    ReadOptions(state);
+    change(state.Options);
+    state.Options.OptionsFile = modelPath + ".USM" + (to.empty() ? number : to);
+    WriteOptionsFile(state);
+}
+
+std::string FailureLine(int number, int stage) {
+    return "TREMODAL  E " + std::to_string(number) + " ; L;  " + std::to_string(stage) +
+           " ; Model Or Data; Error - Check; Model & Re - Run; ";
 }
 
 void SetOptionsLine(const std::string& path, const std::string& label, const std::string& line) {
@@ -110,6 +116,43 @@ void SetOptionsLine(const std::string& path, const std::string& label, const std
     const std::size_t end = text.find("\r\n", at + 2);
     text.replace(at + 2, end - at - 2, line);
     WriteFile(path, text);
+}
+
+Outcome Failed(int number, int stage, const std::string& plain) {
+    return Told(FailureLine(number, stage), plain);
+}
+
+Outcome Told(const std::string& line, const std::string& plain) {
+    return {1, line, line + "\n" + plain + "\n", false};
+}
+
+Outcome RanOn(const std::string& err) { return {0, "", err, true}; }
+
+namespace {
+
+std::string Placed(std::string text, const ModelFixture& model) {
+    for (const auto& [token, path] :
+         {std::pair<std::string, std::string>{"<M>", model.modelPath}, {"<D>", model.dir.Path()}}) {
+        for (std::size_t at = text.find(token); at != std::string::npos; at = text.find(token, at))
+            text.replace(at, token.size(), path);
+    }
+    return text;
+}
+
+}  // namespace
+
+::testing::AssertionResult EndedAs(const ModelFixture& model, const ProgramRun& run,
+                                   const Outcome& expected) {
+    ::testing::AssertionResult result = ::testing::AssertionFailure();
+    const std::string log = expected.logFile.empty() ? model.File(".LOG") : model.dir.File(expected.logFile);
+    const std::string err = Placed(expected.err, model);
+    if (run.status != expected.status) return result << "status " << run.status << ", stderr:\n" << run.err;
+    if (run.err != err) return result << "stderr:\n" << run.err << "expected:\n" << err;
+    if (expected.log.empty() ? Exists(log) : !Exists(log) || ReadFile(log) != expected.log + "\r\n")
+        return result << log << (Exists(log) ? " holds:\n" + ReadFile(log) : " is missing");
+    if (Exists(model.dir.File("casepost.out")) != expected.casepost) return result << "casepost ran or not";
+    if (Exists(model.dir.File("response.cnt")) != (expected.status == 0)) return result << "response.cnt";
+    return ::testing::AssertionSuccess();
 }
 
 InProcessRun::InProcessRun(const std::string& dir, const std::string& commandLine) {
@@ -128,10 +171,29 @@ void InProcessRun::Analyze() {
 
 void ModelFixture::WriteStandInCasepost() const { WriteStandInCasepostIn(dir.Path()); }
 
-int ModelFixture::RunTreModal(const std::string& commandLine, int seconds) const {
-    return RunTreModalIn(dir.Path(), commandLine, seconds);
+ProgramRun ModelFixture::Run(const std::string& commandLine, const RunSetting& setting) const {
+    return testing::RunTreModal(dir.Path(), commandLine, setting);
 }
 
-std::string ModelFixture::Stderr() const { return ReadFile(dir.File("stderr.txt")); }
+int ModelFixture::RunTreModal(const std::string& commandLine, int seconds) const {
+    const ProgramRun run = Run(commandLine, {.seconds = seconds});
+    lastErr_ = run.err;
+    return run.status;
+}
+
+ModelFixture::ModelFixture(const std::string& name) : modelPath(dir.File(name)) {}
+
+ExampleModel::ExampleModel(const std::string& toolOptions) : ModelFixture("SHEAR") {
+    const ProgramRun tool =
+        RunProgram(EXAMPLE_TOOL, dir.Path(), "'" + dir.Path() + "' --name-file " + toolOptions);
+    if (tool.status != 0) throw std::runtime_error("example tool failed: " + toolOptions + ": " + tool.err);
+    WriteStandInCasepost();
+}
+
+ResponseFile ResponseFile::Of(std::string bytes) {
+    ResponseFile file;
+    file.bytes = std::move(bytes);
+    return file;
+}
 
 }  // namespace tremodal::testing

@@ -84,6 +84,33 @@ int RunCommand(const std::string& command) {
     return WEXITSTATUS(status);
 }
 
+ProgramRun RunProgram(const std::string& program, const std::string& dir, const std::string& arguments,
+                      const RunSetting& setting) {
+    std::string config = setting.config;
+    if (config.empty()) {
+        const std::string files1 = setting.files1.empty() ? dir : setting.files1;
+        config = dir + "/config";
+        std::filesystem::create_directories(config + "/VARNEK");
+        WriteFile(config + "/VARNEK/VARNEK.conf",
+                  "[Setup]\nFiles1=" + files1 + "\nFiles2=" + files1 + "/bin\n");
+    }
+    const std::string screen =
+        setting.screen ? "DISPLAY=:99 QT_QPA_PLATFORM=offscreen" : "-u DISPLAY -u WAYLAND_DISPLAY";
+    const TempDir streams;
+    ProgramRun run;
+    run.status = RunCommand("cd '" + dir + "' && env " + screen + " XDG_CONFIG_HOME='" + config + "' " +
+                            setting.environment + " timeout " + std::to_string(setting.seconds) + " '" +
+                            program + "' " + arguments + " > '" + streams.File("out") + "' 2> '" +
+                            streams.File("err") + "' < /dev/null");
+    run.out = ReadFile(streams.File("out"));
+    run.err = ReadFile(streams.File("err"));
+    return run;
+}
+
+ProgramRun RunTreModal(const std::string& dir, const std::string& arguments, const RunSetting& setting) {
+    return RunProgram(TREMODAL_BIN, dir, arguments, setting);
+}
+
 namespace {
 
 // Rounds `scaled` half away from zero; refuses a value within a thousandth

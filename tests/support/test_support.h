@@ -40,9 +40,35 @@ bool Exists(const std::string& path);
 // "DD/MM/YYYY") and its time (as "HH:MM:SS").
 std::string MaskedRunText(std::string bytes, const std::string& dir);
 
-// Runs a command through the shell and returns its exit status; its
-// standard output and error go to the named files when given.
+// Runs a command through the shell and returns its exit status.
 int RunCommand(const std::string& command);
+
+// What a program run left on its two streams, and how it ended: its exit
+// status, 124 when it was killed for taking too long.
+struct ProgramRun {
+    int status = -1;
+    std::string out, err;
+};
+
+// How a program is run: the settings file names Files1 (the run's directory
+// unless given) and Files2 = Files1/bin, written in dir/config unless
+// `config` names a settings directory to take as it is; `environment` adds
+// settings ("TREMODAL_THREADS=1"); with `screen`, DISPLAY is set and the
+// offscreen platform stands in for the window system, else there is none.
+struct RunSetting {
+    std::string files1 = "";
+    std::string config = "";
+    std::string environment = "";
+    bool screen = false;
+    int seconds = 60;
+};
+
+// Runs `program` (TREMODAL_BIN, EXAMPLE_TOOL or another) with `arguments` in
+// `dir`, standard input empty. Nothing but what the program writes is left
+// in dir besides the settings.
+ProgramRun RunProgram(const std::string& program, const std::string& dir, const std::string& arguments,
+                      const RunSetting& setting = {});
+ProgramRun RunTreModal(const std::string& dir, const std::string& arguments, const RunSetting& setting = {});
 
 // The number of the failure an operation ends with, 0 when it ends normally;
 // and the failure's description, empty when it ends normally.
