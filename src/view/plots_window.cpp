@@ -92,7 +92,8 @@ PlotsWindow::PlotsWindow(const RunFigures& figures, Host& ui, QWidget* parent)
     status_->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     auto* controls = new QHBoxLayout;
-    controls->addWidget(new QLabel("Direction", this));
+    auto* directionLabel = new QLabel("Direction", this);
+    controls->addWidget(directionLabel);
     controls->addWidget(cboDirection_);
     controls->addWidget(status_, 1);
     controls->addWidget(save);
@@ -106,11 +107,13 @@ PlotsWindow::PlotsWindow(const RunFigures& figures, Host& ui, QWidget* parent)
         // Before any run there is nothing to draw or save.
         spectrum->hide();
         directionCharts->hide();
-        cboDirection_->setEnabled(false);
+        directionLabel->hide();
+        cboDirection_->hide();
+        controls->insertStretch(0, 1);
         save->setEnabled(false);
         status_->setText("Nothing to plot yet: run an options set first.");
         status_->setAlignment(Qt::AlignCenter);
-        layout->insertStretch(0, 1);
+        layout->insertWidget(0, status_, 1);
     }
 
     // Within the screen, a taskbar and the title bar allowed for.

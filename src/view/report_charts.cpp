@@ -166,6 +166,10 @@ void DrawAxes(QPainter& p, const Frame& f, const std::vector<double>& xTicks,
     p.save();
     p.translate(20 * u, f.area.center().y());
     p.rotate(-90);
+    // A smaller font where the axis is too short for the title.
+    for (int pixels = p.font().pixelSize();
+         pixels > 8 && QFontMetricsF(p.font()).horizontalAdvance(yTitle) > f.area.height();)
+        p.setFont(ChartFont(--pixels));
     p.drawText(QRectF(-f.area.height() / 2, 0, f.area.height(), 40 * u), Qt::AlignCenter, yTitle);
     p.restore();
 }
@@ -458,8 +462,11 @@ void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& f
         p.setFont(ChartFont(24 * u));
         p.translate(f.area.right() + 95 * u, f.area.center().y());
         p.rotate(90);
+        // The long title where the axis is tall enough for it.
+        const QString longTitle = "Cumulative share of the mass (%)";
+        const bool fits = QFontMetricsF(p.font()).horizontalAdvance(longTitle) <= f.area.height();
         p.drawText(QRectF(-f.area.height() / 2, 0, f.area.height(), 40 * u), Qt::AlignCenter,
-                   "Cumulative share of the mass (%)");
+                   fits ? longTitle : "Cumulative (%)");
         p.restore();
 
         p.setPen(QPen(kModeColour, 2.5 * u, Qt::DashLine));
