@@ -530,7 +530,9 @@ void PaintStoreyShearChart(QPainter& p, const QSize& size, const RunFigures& fig
     std::vector<LegendEntry> legend;
     p.save();
     p.setClipRect(f.area.adjusted(-10 * u, -10 * u, 10 * u, 10 * u));
-    for (int k = 0; k < kCombMethods; ++k) {
+    // The options' method last, over the others.
+    for (int n = 1; n <= kCombMethods; ++n) {
+        const int k = (fig.CombMethod + n) % kCombMethods;
         const std::vector<f32>& shear = d->StoreyShear[std::size_t(k)];
         if (shear.size() != h.size()) continue;
         const bool chosen = k == fig.CombMethod;
@@ -549,10 +551,14 @@ void PaintStoreyShearChart(QPainter& p, const QSize& size, const RunFigures& fig
             for (std::size_t l = 0; l < h.size(); ++l)
                 p.drawEllipse(QPointF(f.X(shear[l]), f.Y(h[l])), 5.5 * u, 5.5 * u);
         }
-        legend.push_back({chosen ? LegendEntry::Line : LegendEntry::Dashed, colours[k],
-                          Q(MethodCaption(k)) + (chosen ? " (options)" : "")});
     }
     p.restore();
+    for (int k = 0; k < kCombMethods; ++k) {
+        const bool chosen = k == fig.CombMethod;
+        if (d->StoreyShear[std::size_t(k)].size() == h.size())
+            legend.push_back({chosen ? LegendEntry::Line : LegendEntry::Dashed, colours[k],
+                              Q(MethodCaption(k)) + (chosen ? " (options)" : "")});
+    }
     DrawLegend(p, f, legend);
 }
 

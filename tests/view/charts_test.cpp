@@ -2,10 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QTabWidget>
 #include <QTest>
 #include <filesystem>
 
@@ -21,9 +19,8 @@ TEST(ChartLayout, ModeLabelsNeverOverlapAndEveryModeIsInOne) {
     const auto width = [](const std::string& text) { return 9.0 * double(text.size()); };
     // 200 modes: 1 and 2 far apart, the others crowded into 40 pixels; and
     // ten modes 100 pixels apart, each labelled alone.
-    std::vector<double> crowded{1000, 900};
+    std::vector<double> crowded{1000, 900}, spread;
     for (int m = 3; m <= 200; ++m) crowded.push_back(100 + 40.0 * (200 - m) / 198);
-    std::vector<double> spread;
     for (int m = 1; m <= 10; ++m) spread.push_back(1000 - 100.0 * m);
     for (const auto& [x, singles] : {std::pair(crowded, 2), std::pair(spread, 10)}) {
         const std::vector<ModeLabel> labels = ModeLabels(x, 4, width);
@@ -31,12 +28,10 @@ TEST(ChartLayout, ModeLabelsNeverOverlapAndEveryModeIsInOne) {
         int alone = 0;
         for (std::size_t i = 0; i < labels.size(); ++i) {
             const ModeLabel& l = labels[i];
-            EXPECT_DOUBLE_EQ(l.Width, width(l.Text()));
             for (int m = l.First; m <= l.Last; ++m) ++covered[std::size_t(m)];
             alone += l.First == l.Last;
-            if (i > 0) {
-                EXPECT_LE(labels[i - 1].X + labels[i - 1].Width / 2 + 4, l.X - l.Width / 2) << l.Text();
-            }
+            const double left = i > 0 ? labels[i - 1].X + labels[i - 1].Width / 2 + 4 : -HUGE_VAL;
+            EXPECT_LE(left, l.X - width(l.Text()) / 2) << l.Text();
         }
         EXPECT_EQ(std::count(covered.begin() + 1, covered.end(), 1), std::ptrdiff_t(x.size()));
         EXPECT_EQ(alone, singles);
@@ -45,19 +40,19 @@ TEST(ChartLayout, ModeLabelsNeverOverlapAndEveryModeIsInOne) {
 }
 
 TEST(ChartLayout, ThePeriodAxisCoversTheModesAndTheKneeAndTheLogAxisStartsAtTheFirstPositivePeriod) {
-    // A plateau from 0.1 to 0.5 s, a curve to 10 s, modes up to 0.3 s.
+    // A plateau from 0.1 to 0.5 s and a curve to 10 s.
     const std::vector<double> period{0, 0.1, 0.5, 1, 10}, value{2, 5, 5, 3, 0.3}, modes{0.3, 0.15, 0.12};
-    const PeriodSpan linear = SpectrumPeriodSpan(period, value, modes, false);
-    EXPECT_DOUBLE_EQ(linear.Lo, 0);
-    EXPECT_NEAR(linear.Hi, 0.55, 1e-12);
-    EXPECT_DOUBLE_EQ(linear.CurveEnd, 10);
-    const PeriodSpan log = SpectrumPeriodSpan(period, value, modes, true);
-    EXPECT_DOUBLE_EQ(log.Lo, 0.1);
-    EXPECT_DOUBLE_EQ(log.Hi, 10);
-    // A mode beyond the curve: the whole curve shows.
-    const PeriodSpan longer = SpectrumPeriodSpan(period, value, {12}, false);
-    EXPECT_NEAR(longer.Hi, 12.24, 1e-9);
-    EXPECT_EQ(longer.CurveEnd, 0);
+    const struct {
+        std::vector<double> modes;
+        bool log;
+        double lo, hi, curveEnd;
+    } cases[] = {{modes, false, 0, 0.55, 10}, {modes, true, 0.1, 10, 0}, {{12}, false, 0, 12.24, 0}};
+    for (const auto& c : cases) {
+        const PeriodSpan span = SpectrumPeriodSpan(period, value, c.modes, c.log);
+        EXPECT_NEAR(span.Lo, c.lo, 1e-9);
+        EXPECT_NEAR(span.Hi, c.hi, 1e-9);
+        EXPECT_NEAR(span.CurveEnd, c.curveEnd, 1e-9);
+    }
 }
 
 TEST(ChartLayout, HundredPerCentStandsLevelWithTheTotalMass) {
@@ -73,8 +68,8 @@ TEST(ChartLayout, HundredPerCentStandsLevelWithTheTotalMass) {
 RunFigures SmallRun() {
     RunFigures f;
     f.OptionsNumber = "1";
-    f.CurveFactor = 1;
     f.SpectrumType = 2;
+    f.CurveFactor = 1;
     f.CurvePeriod = {0, 0.5, 2};
     f.CurveValue = {2, 5, 1};
     for (f32 t : {1.0f, 0.3f}) f.Modes.push_back({0, 0, 0.05f, ModalPoint{t, 0, 0, 4}});
@@ -112,19 +107,14 @@ TEST(PlotsWindow, FitsASmallScreenSaysWhenThereIsNothingAndNamesTheFilesItSaves)
         window.resize(800, 600);
         QTest::qWait(20);
         EXPECT_EQ(window.size(), QSize(800, 600));
-        std::vector<QWidget*> parts{window.findChild<QWidget*>("chartSpectrum"),
-                                    window.findChild<QTabWidget*>("tabDirectionCharts"),
-                                    window.findChild<QComboBox*>("cboDirection"),
-                                    status,
-                                    save,
-                                    window.findChild<QPushButton*>("cmdClose")};
-        for (std::size_t i = 0; i < parts.size(); ++i) {
-            const QRect a(parts[i]->mapTo(&window, QPoint(0, 0)), parts[i]->size());
-            EXPECT_TRUE(window.rect().contains(a)) << i;
-            EXPECT_GE(a.height(), 20) << i;
-            for (std::size_t k = 0; k < i; ++k)
-                EXPECT_FALSE(a.intersects(QRect(parts[k]->mapTo(&window, QPoint(0, 0)), parts[k]->size())))
-                    << i << " " << k;
+        std::vector<QRect> parts;
+        for (const char* name :
+             {"chartSpectrum", "tabDirectionCharts", "cboDirection", "lblStatus", "cmdSavePng", "cmdClose"}) {
+            const QWidget* part = window.findChild<QWidget*>(name);
+            parts.emplace_back(part->mapTo(&window, QPoint(0, 0)), part->size());
+            EXPECT_TRUE(window.rect().contains(parts.back()) && parts.back().height() >= 20) << name;
+            for (std::size_t k = 0; k + 1 < parts.size(); ++k)
+                EXPECT_FALSE(parts.back().intersects(parts[k])) << name;
         }
         window.ChooseFolder = [&] { return QString::fromStdString(dir.Path()); };
         QTest::mouseClick(save, Qt::LeftButton);
