@@ -363,13 +363,12 @@ void Form2View::PushControls() {
     Select(optInterp_, form_.optInterp);
     Select(optComb_, form_.optComb);
 
-    // The report is rebuilt only when the run has changed it.
-    const std::vector<std::string>& lines = state_.List1;
-    const int count = int(lines.size());
-    if (List1_->count() != count || (count > 0 && (List1_->item(0)->text() != Text(lines.front()) ||
-                                                   List1_->item(count - 1)->text() != Text(lines.back())))) {
+    // The report is rebuilt only when the run has changed it, anywhere: two
+    // runs that differ only in their middle lines show their own reports.
+    if (shownList1_ != state_.List1) {
+        shownList1_ = state_.List1;
         List1_->clear();
-        for (const std::string& line : lines) List1_->addItem(Text(line));
+        for (const std::string& line : shownList1_) List1_->addItem(Text(line));
     }
     List1_->setVisible(form_.List1Visible);
     Copy_->setVisible(form_.CopyVisible);

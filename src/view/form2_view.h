@@ -93,6 +93,7 @@ private:
     // The figures of the last run, collected as it goes, for the charts.
     RunFigures figures_;
     QListWidget* List1_ = nullptr;
+    std::vector<std::string> shownList1_;  // the report as List1 shows it
     QTimer* Timer1_ = nullptr;
     std::map<QObject*, KeyPress> keyFilters_;
 };
