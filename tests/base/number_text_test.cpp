@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
+
 #include "support/test_support.h"
 
 namespace tremodal {
@@ -13,22 +18,16 @@ namespace {
 // the four-decimal pictures show 1234.5677 where the decimal 1234.5678
 // would show itself.
 TEST(NumberText, PicturesShowTheExactValueRoundedOnce) {
-    // The report table's pictures: 1234.5678, 0.0123 and 0 in each.
-    const char* const table[][4] = {{"0", "1235", "0", "0"},
-                                    {"0.00", "1234.57", "0.01", "0.00"},
-                                    {"#0.00", "1234.57", "0.01", "0.00"},
-                                    {"##0.00", "1234.57", "0.01", "0.00"},
-                                    {"0.000", "1234.568", "0.012", "0.000"},
-                                    {"##0.000", "1234.568", "0.012", "0.000"},
-                                    {"#0.0000", "1234.5677", "0.0123", "0.0000"},
-                                    {"###0.0000", "1234.5677", "0.0123", "0.0000"},
-                                    {"0.000E+00", "1.235E+03", "1.230E-02", "0.000E+00"},
-                                    {"0.000E-00", "1.235E03", "1.230E-02", "0.000E00"}};
-    for (const auto& row : table) {
-        EXPECT_EQ(FormatPicture(1234.5678f, row[0]), row[1]) << row[0];
-        EXPECT_EQ(FormatPicture(0.0123f, row[0]), row[2]) << row[0];
-        EXPECT_EQ(FormatPicture(0.0f, row[0]), row[3]) << row[0];
-    }
+    // The report table's pictures and 1234.5678, 0.0123 and 0 in each.
+    std::istringstream table(
+        "0 1235 0 0  0.00 1234.57 0.01 0.00  #0.00 1234.57 0.01 0.00  ##0.00 1234.57 0.01 0.00 "
+        "0.000 1234.568 0.012 0.000  ##0.000 1234.568 0.012 0.000  #0.0000 1234.5677 0.0123 0.0000 "
+        "###0.0000 1234.5677 0.0123 0.0000  0.000E+00 1.235E+03 1.230E-02 0.000E+00 "
+        "0.000E-00 1.235E03 1.230E-02 0.000E00");
+    for (std::string picture, a, b, c; table >> picture >> a >> b >> c;)
+        EXPECT_EQ(FormatPicture(1234.5678f, picture) + " " + FormatPicture(0.0123f, picture) + " " +
+                      FormatPicture(0.0f, picture),
+                  a + " " + b + " " + c);
     // Binary fractions that end exactly on a half round away from zero (2^-14,
     // 2^-10 among them). 250.7290496826171875: nine digits would give
     // 250.729050 and a second rounding 250.7291; 1.016499996185302734375:
@@ -38,61 +37,32 @@ TEST(NumberText, PicturesShowTheExactValueRoundedOnce) {
     // those beyond the picture on the left are the exact value's, no zeros
     // made up behind the ninth. -1e-40 is a denormal, 9.99994610e-41;
     // 999.94995 is 999.949951171875.
-    const struct {
-        f32 value;
-        const char* picture;
-        const char* text;
-    } cases[] = {{0.125f, "0.00", "0.13"},
-                 {-0.125f, "0.00", "-0.13"},
-                 {2.5f, "0", "3"},
-                 {-2.5f, "0", "-3"},
-                 {0.5f, "0", "1"},
-                 {1.0625f, "0.000E+00", "1.063E+00"},
-                 {0.125f, "0.0E+00", "1.3E-01"},
-                 {1234567.125f, "0.00", "1234567.13"},
-                 {6.103515625e-5f, "0.0000000000000", "0.0000610351563"},
-                 {0.0009765625f, "0.000000000", "0.000976563"},
-                 {0.0009765625f, "0.000000000000", "0.000976562500"},
-                 {250.72905f, "###0.0000", "250.7290"},
-                 {1.0165f, "0.000E+00", "1.016E+00"},
-                 {-1.0165f, "0.000E-00", "-1.016E00"},
-                 {1234.5678f, "0.0000000", "1234.5677490"},
-                 {0.0015f, "0.000", "0.002"},
-                 {0.0025f, "0.000", "0.002"},
-                 {0.4f, "0", "0"},
-                 {0.0004f, "0.000", "0.000"},
-                 {0.0005f, "0.000", "0.001"},
-                 {9.9996f, "0.000E+00", "1.000E+01"},
-                 {9.996f, "0.00", "10.00"},
-                 {-0.0001f, "0.00", "-0.00"},
-                 {-0.0f, "0.00", "0.00"},
-                 {-0.1f, "0.000E-00", "-1.000E-01"},
-                 {5.0f, "##0.00", "5.00"},
-                 {16777216.0f, "0", "16777216"},
-                 {17717442560.0f, "###0.0000", "17717442560.0000"},
-                 {1e20f, "0.00", "100000002004087734272.00"},
-                 {1234567936.0f, "0", "1234567936"},
-                 {999999999.9f, "0", "1000000000"},
-                 {3e38f, "0.000E+00", "3.000E+38"},
-                 {-1e-40f, "0.000E-00", "-1.000E-40"},
-                 {1e-5f, "0.000E-00", "1.000E-05"},
-                 {123456.7f, "0.000E-00", "1.235E05"},
-                 {1000.0f, "0.000E+00", "1.000E+03"},
-                 {999.94995f, "0.000E+00", "9.999E+02"},
-                 {1e-30f, "0.000E+00", "1.000E-30"},
-                 {1e-30f, "0.0000", "0.0000"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(FormatPicture(c.value, c.picture), c.text) << c.value << " " << c.picture;
+    // Each case: the value (read as a single), the picture and the text.
+    std::istringstream cases(
+        "0.125 0.00 0.13  -0.125 0.00 -0.13  2.5 0 3  -2.5 0 -3  0.5 0 1  1.0625 0.000E+00 1.063E+00 "
+        "0.125 0.0E+00 1.3E-01  1234567.125 0.00 1234567.13 "
+        "6.103515625e-5 0.0000000000000 0.0000610351563  0.0009765625 0.000000000 0.000976563 "
+        "0.0009765625 0.000000000000 0.000976562500  250.72905 ###0.0000 250.7290 "
+        "1.0165 0.000E+00 1.016E+00  -1.0165 0.000E-00 -1.016E00  1234.5678 0.0000000 1234.5677490 "
+        "0.0015 0.000 0.002  0.0025 0.000 0.002  0.4 0 0  0.0004 0.000 0.000  0.0005 0.000 0.001 "
+        "9.9996 0.000E+00 1.000E+01  9.996 0.00 10.00  -0.0001 0.00 -0.00  -0.0 0.00 0.00 "
+        "-0.1 0.000E-00 -1.000E-01  5.0 ##0.00 5.00  16777216.0 0 16777216 "
+        "17717442560.0 ###0.0000 17717442560.0000  1e20 0.00 100000002004087734272.00 "
+        "1234567936.0 0 1234567936  999999999.9 0 1000000000  3e38 0.000E+00 3.000E+38 "
+        "-1e-40 0.000E-00 -1.000E-40  1e-5 0.000E-00 1.000E-05  123456.7 0.000E-00 1.235E05 "
+        "1000.0 0.000E+00 1.000E+03  999.94995 0.000E+00 9.999E+02  1e-30 0.000E+00 1.000E-30 "
+        "1e-30 0.0000 0.0000");
+    for (std::string value, picture, text; cases >> value >> picture >> text;)
+        EXPECT_EQ(FormatPicture(std::strtof(value.c_str(), nullptr), picture), text)
+            << value << " " << picture;
 }
 
 TEST(NumberText, AFieldIsBlanksInFrontOrTheRightmostCharactersOfAWiderValue) {
-    EXPECT_EQ(FormatField(12345.678f, "0.000", 10), " 12345.678");
-    EXPECT_EQ(FormatField(12345.678f, "0.000", 9), "12345.678");
-    EXPECT_EQ(FormatField(12345.678f, "0.000", 6), "45.678");
-    EXPECT_EQ(FormatField(-1.5f, "0.000E-00", 6), "500E00");
+    EXPECT_EQ(FormatField(12345.678f, "0.000", 10) + "|" + FormatField(12345.678f, "0.000", 9) + "|" +
+                  FormatField(12345.678f, "0.000", 6) + "|" + FormatField(-1.5f, "0.000E-00", 6),
+              " 12345.678|12345.678|45.678|500E00");
 }
 
-// An exponent without digits is left out.
 TEST(NumberText, ValReadsTheLongestNumericPrefix) {
     const std::pair<const char*, f64> cases[] = {{"  25", 25},   {"\t-1.5e3xyz", -1500},
                                                  {"+7", 7},      {"2D2", 200},
@@ -106,12 +76,10 @@ TEST(NumberText, ValReadsTheLongestNumericPrefix) {
 }
 
 TEST(NumberText, StrictNumberRejectsTextThatIsNotANumberInFull) {
-    EXPECT_EQ(StrictNumber(" 25 "), 25);
-    EXPECT_EQ(StrictNumber("-1.5e3"), -1500);
-    EXPECT_EQ(StrictNumber("+.5\t"), 0.5);
-    for (const char* text : {"", "   ", "abc", "12x", "1e", ".", "-", "1 2", "1,5"}) {
+    EXPECT_EQ(std::vector<f64>({StrictNumber(" 25 "), StrictNumber("-1.5e3"), StrictNumber("+.5\t")}),
+              std::vector<f64>({25, -1500, 0.5}));
+    for (const char* text : {"", "   ", "abc", "12x", "1e", ".", "-", "1 2", "1,5"})
         EXPECT_EQ(testing::FailureOf([&] { StrictNumber(text); }), 13) << '"' << text << '"';
-    }
     EXPECT_EQ(testing::FailureOf([] { StrictNumber("1e999"); }), 6);
     EXPECT_EQ(testing::MessageOf([] { StrictNumber("12x"); }), "type mismatch: \"12x\" is not a number");
 }

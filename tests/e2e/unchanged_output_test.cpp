@@ -26,60 +26,41 @@ std::uint64_t Fingerprint(const std::string& bytes) {
     return hash;
 }
 
-std::map<std::string, std::uint64_t> RunAndFingerprint(const std::string& toolArguments,
-                                                       const std::vector<std::string>& outputs) {
+// The run of the example model written with `toolArguments`: the
+// fingerprints of its `outputs`, named after `run`.
+void RunAndFingerprint(const std::string& run, const std::string& toolArguments,
+                       const std::vector<std::string>& outputs,
+                       std::map<std::string, std::uint64_t>& prints) {
     const testing::ExampleModel model(toolArguments);
     EXPECT_EQ(model.Run("1/20/").status, 0);
-    std::map<std::string, std::uint64_t> prints;
-    for (const std::string& name : outputs) {
-        prints[name] = Fingerprint(testing::MaskedRunText(ReadFile(model.dir.File(name)), model.dir.Path()));
-    }
-    return prints;
+    for (const std::string& name : outputs)
+        prints[run + " " + name] =
+            Fingerprint(testing::MaskedRunText(ReadFile(model.dir.File(name)), model.dir.Path()));
 }
 
-TEST(UnchangedOutput, LumpedModelOfThreeColumnsInThreeDirections) {
-    const std::map<std::string, std::uint64_t> prints = RunAndFingerprint(
-        "--storeys 40 --nodes-per-floor 3 --all-freedoms --modes 60 --directions 123 --comb CQC",
+TEST(UnchangedOutput, EveryWrittenFileOfThreeModels) {
+    std::map<std::string, std::uint64_t> prints;
+    RunAndFingerprint(
+        "lumped", "--storeys 40 --nodes-per-floor 3 --all-freedoms --modes 60 --directions 123 --comb CQC",
         {"SHEAR.HS1", "SHEAR.HS2", "SHEAR.HS3", "SHEAR.L20", "SHEAR.W20", "SHEAR.120", "SHEAR.220",
-         "SHEAR.NSL", "response.cnt"});
-    const std::map<std::string, std::uint64_t> expected = {
-        {"SHEAR.120", 13424457592026288669ull},    {"SHEAR.220", 4273277574130670768ull},
-        {"SHEAR.HS1", 17911405036323928648ull},    {"SHEAR.HS2", 8248900691687747698ull},
-        {"SHEAR.HS3", 7515506482739169932ull},     {"SHEAR.L20", 9743635788666941101ull},
-        {"SHEAR.NSL", 7215119952037326015ull},     {"SHEAR.W20", 5359939413570032255ull},
-        {"response.cnt", 15589206520319261822ull},
-    };
-    EXPECT_EQ(prints, expected);
-}
-
-// 6,005 nodes: a response block of 36,030 freedoms is written in more than
-// one piece, the last of them short.
-TEST(UnchangedOutput, BlocksLargerThanAWritePiece) {
-    const std::map<std::string, std::uint64_t> prints = RunAndFingerprint(
-        "--storeys 1200 --nodes-per-floor 5 --all-freedoms --modes 4 --directions 13 --comb SRSS",
-        {"SHEAR.HS1", "SHEAR.HS3", "SHEAR.L20"});
-    const std::map<std::string, std::uint64_t> expected = {
-        {"SHEAR.HS1", 211174432892365361ull},
-        {"SHEAR.HS3", 15614104904605579366ull},
-        // The effective mass 143249.6875 of mode 1 is a single of six
-        // decimals (1/64 apart at this size) and its four-decimal picture
-        // shows it whole: "143249.6875", not the nine-digit "143249.6880".
-        {"SHEAR.L20", 7093280322450422315ull},
-    };
-    EXPECT_EQ(prints, expected);
-}
-
-TEST(UnchangedOutput, SquareMassWithRotationsUnderEachCombination) {
-    const char* const methods[] = {"SRSS", "GROUP", "DSM", "ABS"};
-    std::map<std::string, std::uint64_t> prints;
-    for (const char* method : methods) {
-        for (const auto& [name, print] : RunAndFingerprint(
-                 std::string("--storeys 12 --nodes-per-floor 2 --all-freedoms --modes 20 --mass-form square "
-                             "--mass-noise 0.05 --directions 123456 --comb ") +
-                     method,
-                 {"SHEAR.HS1", "SHEAR.HS4", "SHEAR.HS6", "SHEAR.L20", "SHEAR.120", "SHEAR.220"})) {
-            prints[std::string(method) + " " + name] = print;
-        }
+         "SHEAR.NSL", "response.cnt"},
+        prints);
+    // 6,005 nodes: a response block of 36,030 freedoms is written in more
+    // than one piece, the last of them short. The effective mass 143249.6875
+    // of mode 1 is a single of six decimals (1/64 apart at this size) and
+    // its four-decimal picture in SHEAR.L20 shows it whole: "143249.6875",
+    // not the nine-digit "143249.6880".
+    RunAndFingerprint(
+        "blocks", "--storeys 1200 --nodes-per-floor 5 --all-freedoms --modes 4 --directions 13 --comb SRSS",
+        {"SHEAR.HS1", "SHEAR.HS3", "SHEAR.L20"}, prints);
+    // A square mass block with rotations under each combination.
+    for (const char* method : {"SRSS", "GROUP", "DSM", "ABS"}) {
+        RunAndFingerprint(
+            method,
+            std::string("--storeys 12 --nodes-per-floor 2 --all-freedoms --modes 20 --mass-form square "
+                        "--mass-noise 0.05 --directions 123456 --comb ") +
+                method,
+            {"SHEAR.HS1", "SHEAR.HS4", "SHEAR.HS6", "SHEAR.L20", "SHEAR.120", "SHEAR.220"}, prints);
     }
     const std::map<std::string, std::uint64_t> expected = {
         {"ABS SHEAR.120", 15287891661129272509ull},   {"ABS SHEAR.220", 10728177014185588206ull},
@@ -94,6 +75,12 @@ TEST(UnchangedOutput, SquareMassWithRotationsUnderEachCombination) {
         {"SRSS SHEAR.120", 15287891661129272509ull},  {"SRSS SHEAR.220", 9971165547821064460ull},
         {"SRSS SHEAR.HS1", 3567960872156796960ull},   {"SRSS SHEAR.HS4", 17884398663827174096ull},
         {"SRSS SHEAR.HS6", 6288666743295468592ull},   {"SRSS SHEAR.L20", 4167700606266519920ull},
+        {"blocks SHEAR.HS1", 211174432892365361ull},  {"blocks SHEAR.HS3", 15614104904605579366ull},
+        {"blocks SHEAR.L20", 7093280322450422315ull}, {"lumped SHEAR.120", 13424457592026288669ull},
+        {"lumped SHEAR.220", 4273277574130670768ull}, {"lumped SHEAR.HS1", 17911405036323928648ull},
+        {"lumped SHEAR.HS2", 8248900691687747698ull}, {"lumped SHEAR.HS3", 7515506482739169932ull},
+        {"lumped SHEAR.L20", 9743635788666941101ull}, {"lumped SHEAR.NSL", 7215119952037326015ull},
+        {"lumped SHEAR.W20", 5359939413570032255ull}, {"lumped response.cnt", 15589206520319261822ull},
     };
     EXPECT_EQ(prints, expected);
 }

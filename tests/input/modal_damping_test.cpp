@@ -14,9 +14,10 @@ namespace tremodal {
 namespace {
 
 TEST(ModalDamping, PairsInAnyOrderUntilMinusOneAModeAboveTheCaseOrTheEnd) {
+    // The file (nullptr: no file at all), and the modes that do not keep 0.05.
     const struct {
-        const char* file;            // nullptr: no file at all
-        std::map<int, float> named;  // modes that do not keep 0.05
+        const char* file;
+        std::map<int, float> named;
     } cases[] = {
         {nullptr, {}},
         {"", {}},
@@ -36,17 +37,13 @@ TEST(ModalDamping, PairsInAnyOrderUntilMinusOneAModeAboveTheCaseOrTheEnd) {
         SCOPED_TRACE(c.file ? c.file : "no file");
         testing::TempDir dir;
         RunState s;
-        s.Model.ModelPath = dir.File("SHEAR");
-        s.Options.FreqCase = " 1";
-        s.Options.DampingRatio = 0.05f;
-        s.Freq.NumModes = 10;
+        s.Model.ModelPath = dir.File("SHEAR"), s.Options.FreqCase = " 1";
+        s.Options.DampingRatio = 0.05f, s.Freq.NumModes = 10;
         s.ModalDamping.Allocate(11);
         if (c.file) testing::WriteFile(dir.File("SHEAR.USD1"), c.file);
         ReadModalDamping(s);
-        for (int m = 1; m <= 11; ++m) {
-            const float expected = c.named.count(m) ? c.named.at(m) : m <= 10 ? 0.05f : 0.0f;
-            EXPECT_EQ(s.ModalDamping(m), expected) << "mode " << m;
-        }
+        for (int m = 1; m <= 11; ++m)
+            EXPECT_EQ(s.ModalDamping(m), c.named.count(m) ? c.named.at(m) : m <= 10 ? 0.05f : 0.0f) << m;
     }
 }
 

@@ -30,25 +30,18 @@ struct TinyRun {
     RunState s;
 
     TinyRun(i32 dof, const std::vector<std::vector<f32>>& shapes) {
-        s.Model.NumNodes = 1;
-        s.Model.ModelPath = dir.File("FRAME");
-        s.Freq.NumDof = dof;
-        s.Freq.NumModes = i32(shapes.size());
-        s.Freq.MassForm = 1;
+        s.Model.NumNodes = 1, s.Model.ModelPath = dir.File("FRAME");
+        s.Freq.NumDof = dof, s.Freq.NumModes = i32(shapes.size()), s.Freq.MassForm = 1;
         AllocateRunArrays(s);
         s.Freq.MassTerms.Allocate(dof);
         for (i32 e = 1; e <= dof; ++e) {
             if (e <= 6) s.Freq.NodeDof(1, e) = e;
-            s.Freq.MassTerms(e) = 1;
-            s.Excitation(e) = 1;
+            s.Freq.MassTerms(e) = s.Excitation(e) = 1;
         }
         for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
-            s.Freq.Omega(m) = 1;
-            s.Curve.ModalSpectrum(m) = 1;
-            s.Participation(m) = 1;
+            s.Freq.Omega(m) = s.Curve.ModalSpectrum(m) = s.Participation(m) = 1;
             for (i32 e = 1; e <= dof; ++e) {
-                const f32 v = shapes[std::size_t(m - 1)][std::size_t(e - 1)];
-                s.Freq.ModeShape(e, m) = v;
+                const f32 v = s.Freq.ModeShape(e, m) = shapes[std::size_t(m - 1)][std::size_t(e - 1)];
                 s.Freq.ShapePeak(m) = std::max(s.Freq.ShapePeak(m), std::fabs(v));
             }
         }
@@ -71,51 +64,37 @@ TEST(NumericFaults, EachFaultIsTheFirstInTheSuitesOrderOnAnyNumberOfThreads) {
     std::vector<std::vector<f32>> group(32, {1, 1});
     group[31] = {k2p127, k2p127};
     const f32 k2p65 = std::ldexp(1.0f, 65), k2p70 = std::ldexp(1.0f, 70);
-    const struct {
-        Step step;
-        std::vector<std::vector<f32>> shapes;
-        std::string message;
-        f32 gamma1 = 1, gamma2 = 1, omega = 1;
-    } cases[] = {
+    const std::string k2m140 = "overflow: -1.39379657490816E+42 does not fit a single";
+    // clang-format off
+    const struct { Step step; std::vector<std::vector<f32>> shapes; std::string message;
+                   f32 gamma1 = 1, gamma2 = 1, omega = 1; } cases[] = {
         {kParticipation, {{k2p127, k2p126, k2p126}, {1.5f * k2p127, 1.5f * k2p127, 0}}, k2p128},
-        {kParticipation, group, k2p128},
-        {kResidualMass, {{1, k2p70}, {k2p65, 1}}, k2p130},
-        {kResidualMass, {{1, 1, k2p70}}, k2p140},
+        {kParticipation, group, k2p128}, {kResponses, {{k2p126}}, k2p128, 1, 1, 2},
+        {kResidualMass, {{1, k2p70}, {k2p65, 1}}, k2p130}, {kResidualMass, {{1, 1, k2p70}}, k2p140},
         {kResponses, {{1, k2p127}, {k2p126, 1}}, k2p130, 4, 16},
-        {kResponses, {{k2p126}}, k2p128, 1, 1, 2},
-        {kResponses,
-         {{1, k2p100}},
-         "overflow: -1.39379657490816E+42 does not fit a single",
-         -1,
-         1,
-         std::ldexp(1.0f, 20)},
+        {kResponses, {{1, k2p100}}, k2m140, -1, 1, std::ldexp(1.0f, 20)},
     };
+    // clang-format on
     for (const auto& c : cases) {
         for (const int threads : {1, 3}) {
             for (const bool wide : {false, true}) {
-                SetWorkerThreads(threads);
-                SetSmallShares(threads > 1);
-                AllowWideRegisters(wide);
+                SetWorkerThreads(threads), SetSmallShares(threads > 1), AllowWideRegisters(wide);
                 TinyRun run(i32(c.shapes[0].size()), c.shapes);
-                run.s.Participation(1) = c.gamma1;
-                if (c.shapes.size() > 1) run.s.Participation(2) = c.gamma2;
-                run.s.Freq.Omega(1) = c.omega;
+                run.s.Participation(1) = c.gamma1, run.s.Freq.Omega(1) = c.omega;
                 run.s.Options.MissMassOn = c.step == kResidualMass;
+                if (c.shapes.size() > 1) run.s.Participation(2) = c.gamma2;
                 const auto step = [&] {
                     if (c.step == kResponses) ComputeModalResponse(run.s, 1);
                     if (c.step != kResponses) ComputeParticipationLumped(run.s);
                 };
-                const std::string where =
-                    std::to_string(c.step) + ", " + std::to_string(threads) + " threads";
-                EXPECT_EQ(testing::FailureOf(step), kOverflow) << where;
-                EXPECT_EQ(testing::MessageOf(step), c.message) << where;
+                EXPECT_EQ(std::to_string(testing::FailureOf(step)) + " " + testing::MessageOf(step),
+                          std::to_string(kOverflow) + " " + c.message)
+                    << c.step << ", " << threads;
                 EXPECT_FALSE(testing::Exists(run.s.Model.ModelPath + ".HS1"));
             }
         }
     }
-    SetWorkerThreads(1);
-    SetSmallShares(false);
-    AllowWideRegisters(true);
+    SetWorkerThreads(1), SetSmallShares(false), AllowWideRegisters(true);
 }
 
 TEST(NumericFaults, SumsAreSinglesRoundedOnEveryAdditionInTheSuitesOrder) {
@@ -132,19 +111,15 @@ TEST(NumericFaults, SumsAreSinglesRoundedOnEveryAdditionInTheSuitesOrder) {
     for (i32 e = 1; e <= 40; ++e) {
         const f64 m = run.s.Freq.MassTerms(e) = 1.1f * f32(e);
         const f64 r = run.s.Excitation(e) = 0.3f + 0.7f * f32(e);
-        for (i32 k = 1; k <= 2; ++k) {
-            gamma[k - 1] = f32(m * run.s.Freq.ModeShape(e, k) * r + gamma[k - 1]);
-            wide[k] += m * run.s.Freq.ModeShape(e, k) * r;
-        }
-        excited = f32(r * r * m + excited);
-        wide[0] += r * r * m;
+        for (i32 k = 1; k <= 2; ++k)
+            gamma[k - 1] = f32(m * run.s.Freq.ModeShape(e, k) * r + gamma[k - 1]),
+                      wide[k] += m * run.s.Freq.ModeShape(e, k) * r;
+        excited = f32(r * r * m + excited), wide[0] += r * r * m;
     }
-    ASSERT_NE(f32(wide[0]), excited);
-    ASSERT_NE(f32(wide[2]), gamma[1]);
+    ASSERT_TRUE(f32(wide[0]) != excited && f32(wide[2]) != gamma[1]);
     ComputeParticipationLumped(run.s);
-    EXPECT_EQ(run.s.Participation(1), gamma[0]);
-    EXPECT_EQ(run.s.Participation(2), gamma[1]);
-    EXPECT_EQ(run.s.ExcitedMass, excited);
+    EXPECT_EQ(std::vector<f32>({run.s.Participation(1), run.s.Participation(2), run.s.ExcitedMass}),
+              std::vector<f32>({gamma[0], gamma[1], excited}));
 }
 
 TEST(NumericFaults, ALargeShapePeakAloneStopsNothing) {
@@ -153,21 +128,16 @@ TEST(NumericFaults, ALargeShapePeakAloneStopsNothing) {
     // the options' damping ratio in its header, the mode's omega and own
     // damping in its table, then the displacements.
     TinyRun run(2, {{0.5f, -0.25f}});
-    run.s.Freq.ShapePeak(1) = k2p127;
-    run.s.Participation(1) = 4;
-    run.s.Options.DampingRatio = 0.05f;
+    run.s.Freq.ShapePeak(1) = k2p127, run.s.Participation(1) = 4, run.s.Options.DampingRatio = 0.05f;
     run.s.ModalDamping(1) = 0.07f;
     ComputeModalResponse(run.s, 1);
     const std::string bytes = testing::ReadFile(run.s.Model.ModelPath + ".HS1");
     ASSERT_EQ(bytes.size(), 16u + 8u + 48u);
     const auto at = [&](std::size_t offset) {
-        return GetF32(reinterpret_cast<const unsigned char*>(bytes.data()) + offset);
+        return GetF32(reinterpret_cast<const unsigned char*>(&bytes[offset]));
     };
-    EXPECT_EQ(at(10), 0.05f);
-    EXPECT_EQ(at(20), 0.07f);
-    EXPECT_EQ(at(28), 2.0f);
-    EXPECT_EQ(at(36), -1.0f);
-    EXPECT_EQ(at(44), 0.0f);
+    EXPECT_EQ(std::vector<f32>({at(10), at(20), at(28), at(36), at(44)}),
+              std::vector<f32>({0.05f, 0.07f, 2.0f, -1.0f, 0.0f}));
 }
 
 }  // namespace

@@ -45,11 +45,12 @@ struct ModalShears {
     std::vector<double> A, Omega, Zeta;
 };
 
-// Square root of the sum of squares, before the root.
+// The sum of squares (SRSS before the root), or the absolute sum as the
+// analysis takes it: a plain sum, signs kept.
 template <class Sum = double>
-Sum SrssSum(const ModalShears& m) {
+Sum PlainSum(const ModalShears& m, bool squares = true) {
     Sum sum = 0;
-    for (const double a : m.A) sum = Sum(sum + a * a);
+    for (const double a : m.A) sum = Sum(sum + (squares ? a * a : a));
     return sum;
 }
 
@@ -60,46 +61,11 @@ Sum TenPercentSum(const ModalShears& m) {
     Sum sum = 0;
     for (std::size_t i = 0; i < m.A.size(); ++i) {
         Sum part = Sum(m.A[i] * m.A[i]);
-        for (std::size_t j = i + 1; j < m.A.size(); ++j) {
+        for (std::size_t j = i + 1; j < m.A.size(); ++j)
             if ((m.Omega[j] - m.Omega[i]) / m.Omega[j] <= 0.1)
                 part = Sum(part + 2 * std::fabs(m.A[j] * m.A[i]));
-        }
         sum = Sum(sum + part);
     }
-    return sum;
-}
-
-// The complete quadratic combination and the double sum, before the root.
-inline double CqcSum(const ModalShears& m) {
-    double sum = 0;
-    for (std::size_t i = 0; i < m.A.size(); ++i) {
-        for (std::size_t j = 0; j < m.A.size(); ++j) {
-            const double r = m.Omega[j] / m.Omega[i];
-            const double rho =
-                r == 1 ? 1 : CqcNumerator(r, m.Zeta[i], m.Zeta[j]) / CqcDenominator(r, m.Zeta[i], m.Zeta[j]);
-            sum += rho * m.A[i] * m.A[j];
-        }
-    }
-    return sum;
-}
-inline double DsmSum(const ModalShears& m, double duration) {
-    double sum = 0;
-    for (std::size_t i = 0; i < m.A.size(); ++i) {
-        for (std::size_t j = 0; j < m.A.size(); ++j) {
-            const double wi = m.Omega[i], wj = m.Omega[j];
-            const double eps = DsmEpsilon(wi, wj, DampedOmega(wi, m.Zeta[i]), DampedOmega(wj, m.Zeta[j]),
-                                          EffectiveDamping(wi, m.Zeta[i], duration),
-                                          EffectiveDamping(wj, m.Zeta[j], duration));
-            sum += DsmCorrelation(eps) * m.A[i] * m.A[j];
-        }
-    }
-    return sum;
-}
-
-// The absolute sum as the analysis takes it: a plain sum, signs kept.
-inline double AbsSum(const ModalShears& m) {
-    double sum = 0;
-    for (const double a : m.A) sum += a;
     return sum;
 }
 

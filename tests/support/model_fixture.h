@@ -13,10 +13,13 @@
 #include <string>
 
 #include "base/run_state.h"
-#include "support/frequency_case_fixture.h"
 #include "support/test_support.h"
+#include "tools/frequency_case_writer.h"
 
 namespace tremodal::testing {
+
+using example::FrequencyCaseBytes;
+using example::FrequencyCaseData;
 
 // The options file of a fresh dialog with frequency case 1, results case 20
 // and the curve beside the model, as the suite's other tools expect it.
@@ -58,7 +61,8 @@ struct Outcome {
     std::string logFile = "";
 };
 // Failure `number` at `stage`: the generic line, then the plain one.
-Outcome Failed(int number, int stage, const std::string& plain);
+// The log is the model's, or logFile beside it.
+Outcome Failed(int number, int stage, const std::string& plain, const std::string& logFile = "");
 // A failure that logs a line of its own.
 Outcome Told(const std::string& line, const std::string& plain);
 // A run that went through to casepost with this on standard error.
@@ -125,9 +129,7 @@ struct ExampleModel : ModelFixture {
 // mode of 6 freedoms a node, 8 bytes each (i32 equation, f32 displacement).
 struct ResponseFile {
     std::string bytes;
-    ResponseFile() = default;
     explicit ResponseFile(const std::string& path) : bytes(ReadFile(path)) {}
-    static ResponseFile Of(std::string bytes);
 
     int Nodes() const { return Get<std::int16_t>(0); }
     int Rows() const { return Get<std::int32_t>(6); }
