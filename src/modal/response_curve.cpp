@@ -124,7 +124,8 @@ void NoteModesOffTheCurve(RunState& s) {
     const std::string& file = s.Options.SpectrumFile;
     if (!beyond.empty()) {
         s.Ui->Note(file + ": " + ModeList(beyond) + (beyond.size() == 1 ? " lies" : " lie") +
-                   " beyond the curve's last period " + GeneralText(last) + " s and take its last value " +
+                   " beyond the curve's last period " + GeneralText(last) + " s and " +
+                   (beyond.size() == 1 ? "takes" : "take") + " its last value " +
                    GeneralText(s.Curve.CurveValue(points)));
     }
     if (!before.empty()) {
