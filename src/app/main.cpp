@@ -39,7 +39,7 @@ const char* const kUsage =
     "       TreModal --report N [--model PATH] [--csv DIR] [--plots DIR]\n"
     "                                         a summary of the analysis of options set N, computed\n"
     "                                         in memory; writes nothing beside the model\n"
-    "       TreModal --help | --version\n"
+    "       TreModal --help | -h | --version\n"
     "\n"
     "The batch command line is the one the suite's batch job files hold: fields ended by \"/\".\n"
     "  OPTIONS  the options set: the model's file <model>.USM<OPTIONS>\n"
@@ -181,6 +181,9 @@ void KeepBuffersForReuse() {
 }
 
 int main(int argc, char** argv) {
+    // -h alone is --help: no options set is named "-h".
+    static char help[] = "--help";
+    if (argc == 2 && std::string_view(argv[1]) == "-h") argv[1] = help;
     KeepBuffersForReuse();
     ApplyThreadSetting();
 #if !TREMODAL_VIEW
@@ -223,6 +226,9 @@ int main(int argc, char** argv) {
 
     static tremodal::RunState state;
     state.Ui = host.get();
+    // The dialog without a screen is refused before the model is looked for:
+    // with or without settings, there is nobody to show it to.
+    if (commandLine.empty() && !onScreen) return RunDialog(state, onScreen);
 
     switch (tremodal::Main(state, commandLine)) {
         case tremodal::StartOutcome::Ended:

@@ -69,6 +69,7 @@ int RunReportCommand(int argc, char** argv) {
             files.emplace_back(request.CsvDir + "/modes.csv", ModesTable(figures));
             files.emplace_back(request.CsvDir + "/participation.csv", ParticipationTable(figures));
             files.emplace_back(request.CsvDir + "/base_shear.csv", BaseShearTable(figures));
+            files.emplace_back(request.CsvDir + "/storey_shear.csv", StoreyShearTable(figures));
         }
 #if TREMODAL_VIEW
         if (!request.PlotsDir.empty()) {

@@ -42,6 +42,10 @@ bool FileExists(const std::string& path) {
     return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
+bool ProgramExists(const std::string& path) {
+    return FileExists(path) && ::access(path.c_str(), X_OK) == 0;
+}
+
 int OpenRegularFile(const std::string& path, int flags, unsigned mode) {
     // The name is looked at before the open, so that a device is never even
     // opened (opening some has effects of its own), and the descriptor after

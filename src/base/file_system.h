@@ -15,6 +15,9 @@ namespace tremodal {
 // any of them for a missing file.
 bool FileExists(const std::string& path);
 
+// True when a regular file of that name exists and the process may run it.
+bool ProgramExists(const std::string& path);
+
 // Opens a file for the readers and writers without ever waiting on it. Only a
 // regular file is opened: a FIFO would wait at its open for the other end,
 // and a device or a directory holds no file of the suite, so any of them in

@@ -4,6 +4,7 @@
 // fake that records what was shown and started.
 #pragma once
 
+#include <cstdio>
 #include <string>
 
 namespace tremodal {
@@ -38,6 +39,15 @@ public:
     virtual void StartChild(const std::string& program) = 0;
     // Asks without waiting whether the child started last is still running.
     virtual ChildState PollChild() = 0;
+
+    // A plain line for the person, where the run goes on with something they
+    // would not expect (a field read as 0, a curve it could not read, no
+    // casepost to start). It names the file and what follows from it, and
+    // never changes a file, a message, the log or the exit status.
+    virtual void Note(const std::string& text) {
+        std::fprintf(stderr, "TREMODAL note: %s\n", text.c_str());
+        std::fflush(stderr);
+    }
 };
 
 }  // namespace tremodal

@@ -401,7 +401,15 @@ std::string FormatField(f32 value, std::string_view picture, int width) {
     return out;
 }
 
+std::string ShortestText(f32 x) {
+    char text[32];
+    const std::to_chars_result end = std::to_chars(text, text + sizeof text, x);
+    return std::string(text, end.ptr);
+}
+
 f64 Val(std::string_view text) { return ScanNumber(text, SkipSpace(text, 0)).value; }
+
+bool HoldsNumber(std::string_view text) { return ScanNumber(text, SkipSpace(text, 0)).found; }
 
 f64 StrictNumber(std::string_view text) {
     const ScannedNumber number = ScanNumber(text, SkipSpace(text, 0));

@@ -25,6 +25,10 @@ std::string GeneralText(i32 x);
 // apart. For tables that other programs read, not for the suite's files.
 std::string SignificantText(f64 x, int digits);
 
+// The shortest decimal that reads back as the same single: 0.05f is "0.05",
+// not "0.0500000007"; large and small values in exponent form ("1e-07").
+std::string ShortestText(f32 x);
+
 // Print item: a sign position (blank unless negative), the general text of
 // the magnitude, one trailing blank: " 25 ", "-25 ", " 0.05 ".
 std::string PrintItem(f32 x);
@@ -56,6 +60,9 @@ std::string FormatField(f32 value, std::string_view picture, int width);
 // as a double; no prefix gives 0. Fails only with 6 for a number too large
 // for a double.
 f64 Val(std::string_view text);
+// Whether Val finds a number in the text, rather than reading it as 0 for
+// want of one.
+bool HoldsNumber(std::string_view text);
 
 // Strict conversion: like Val, but text that is not a number in full (blanks
 // around it aside) fails with 13. Empty text fails too.

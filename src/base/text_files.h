@@ -44,6 +44,10 @@ public:
     i16 ReadI16Field();
     i32 ReadI32Field();
 
+    // The text of the last number field and its line, from 1.
+    const std::string& LastField() const { return field_; }
+    std::int64_t LastFieldLine() const { return fieldLine_; }
+
     // One whole line as it stands, without its line end. 62 at end of file.
     std::string ReadLine();
 

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "base/checked_math.h"
+#include "base/host.h"
 #include "base/number_text.h"
 #include "base/text_files.h"
 
@@ -39,55 +40,93 @@ std::string UpperCase(std::string text) {
     return text;
 }
 
+// A number field that holds no number reads as 0, as the format has it. The
+// run goes on with the 0; the person is told the line, the key and what
+// follows from it.
+class OptionFields {
+public:
+    OptionFields(RunState& state, TextInput& in) : state_(state), in_(in) {}
+
+    template <class Value>
+    Value Number(Value value, const std::string& key, const char* consequence) {
+        if (!HoldsNumber(in_.LastField()) && state_.Ui) {
+            state_.Ui->Note(state_.Options.OptionsFile + ", line " + GroupedDigits(in_.LastFieldLine()) +
+                            ", " + key + ": \"" + in_.LastField() +
+                            "\" is not a number and reads as 0: " + consequence);
+        }
+        return value;
+    }
+
+private:
+    RunState& state_;
+    TextInput& in_;
+};
+
+std::string Key(const char* label) {
+    return Trim(std::string_view(label).substr(0, std::string_view(label).find(',')));
+}
+
 // The reading proper. A failure anywhere ends it: the file is closed and the
 // items behind the failing read keep what they held.
 void ReadOptionItems(RunState& state) {
     ResponseOptions& o = state.Options;
     TextInput in(o.OptionsFile);
+    OptionFields field(state, in);
 
     in.ReadTextField();
     o.FreqCase = in.ReadTextField();
     in.ReadTextField();
     o.ResultsCase = in.ReadTextField();
     in.ReadTextField();
-    o.SingleMode = in.ReadI16Field();
+    o.SingleMode = field.Number(in.ReadI16Field(), Key(kSingleModeLabel), "every mode is combined");
     in.ReadTextField();
     o.SpectrumFile = in.ReadTextField();
     in.ReadTextField();
-    o.SpectrumType = in.ReadI16Field();
+    o.SpectrumType =
+        field.Number(in.ReadI16Field(), Key(kSpectrumTypeLabel), "the curve is taken as displacements");
     in.ReadTextField();
-    o.CurveFactor = in.ReadSingleField();
+    o.CurveFactor = field.Number(in.ReadSingleField(), Key(kCurveFactorLabel), "every spectral value is 0");
     in.ReadTextField();
-    o.PrincipalAngle = in.ReadNumberField();
+    o.PrincipalAngle =
+        field.Number(in.ReadNumberField(), Key(kPrincipalLabel), "the principal direction runs along X");
     in.ReadTextField();
-    o.InterpMethod = in.ReadI16Field();
+    o.InterpMethod = field.Number(in.ReadI16Field(), Key(kInterpLabel), "the curve is interpolated linearly");
 
     in.ReadTextField();  // the two headings
     in.ReadTextField();
     for (int d = 1; d <= 6; ++d) {
-        o.DirFactor(d) = in.ReadSingleField();
-        o.DirOn(d) = in.ReadI16Field();
+        const std::string which = "direction " + GeneralText(i32(d));
+        o.DirFactor(d) = field.Number(in.ReadSingleField(), which + " factor",
+                                      "every response and base shear of the direction is 0");
+        o.DirOn(d) = field.Number(in.ReadI16Field(), which + " on/off", "the direction is off");
     }
 
     in.ReadTextField();
-    o.ShearWaveVelocity = in.ReadSingleField();
+    o.ShearWaveVelocity =
+        field.Number(in.ReadSingleField(), Key(kShearWaveLabel), "the dialog sets no ground rotation");
     in.ReadTextField();
-    o.GroundX = in.ReadSingleField();
-    o.GroundY = in.ReadSingleField();
-    o.GroundZ = in.ReadSingleField();
+    const char* datum = "the rotation datum lies at 0 on that axis";
+    o.GroundX = field.Number(in.ReadSingleField(), Key(kGroundLabel) + " X", datum);
+    o.GroundY = field.Number(in.ReadSingleField(), Key(kGroundLabel) + " Y", datum);
+    o.GroundZ = field.Number(in.ReadSingleField(), Key(kGroundLabel) + " Z", datum);
     in.ReadTextField();
-    o.CombMethod = in.ReadI16Field();
+    o.CombMethod = field.Number(in.ReadI16Field(), Key(kCombLabel), "the modes are combined by SRSS");
     in.ReadTextField();
-    o.Duration = in.ReadSingleField();
+    o.Duration = field.Number(in.ReadSingleField(), Key(kDurationLabel),
+                              "the earthquake lasts 0 s (DSM takes 10 s, casepost is given 0.1 s)");
     in.ReadTextField();
-    o.DampingRatio = in.ReadSingleField();
+    o.DampingRatio =
+        field.Number(in.ReadSingleField(), Key(kDampingLabel),
+                     "modes without a damping of their own are undamped, and CQC comes to the SRSS sum");
     in.ReadTextField();
-    o.ForceSignMode = in.ReadI16Field();
+    o.ForceSignMode =
+        field.Number(in.ReadI16Field(), Key(kForceSignLabel), "the element force signs follow no mode");
     in.ReadTextField();
-    o.MissMassOn = in.ReadI16Field();
+    o.MissMassOn = field.Number(in.ReadI16Field(), Key(kMissMassLabel), "missing mass is off");
     o.MissMassStartCase = in.ReadTextField();
     in.ReadTextField();
-    o.ZpaHighestMode = in.ReadI16Field();
+    o.ZpaHighestMode =
+        field.Number(in.ReadI16Field(), Key(kZpaLabel), "the ZPA is taken from the curve's first point");
     in.Close();
 }
 

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "base/checked_math.h"
@@ -253,16 +254,15 @@ bool AddRow(f32& total, const f64* terms, std::size_t count) {
 
 }  // namespace
 
-// Combines the modal base shears of a translational direction. BaseShear(d)
-// holds the square of the combined shear for the quadratic methods and the
-// plain sum for ABS.
-void CombineBaseShear(RunState& s, i16 d) {
-    s.BaseShear(d) = 0;
-    i32 first = 1, last = s.Freq.NumModes;
-    if (s.Options.SingleMode != 0) first = last = s.Options.SingleMode;
-    if (d >= 4) return;  // a ground rotation gives no base shear
-    const f64 f = s.Options.DirFactor(d);
-    // The running sum, kept in a register until it is the direction's.
+namespace {
+
+// Combines modal values of modes first..last under a method: the square of
+// the combined value for the quadratic methods and the plain sum for ABS.
+// modal(m) is the value of mode m in double, as the sums of squares and the
+// plain sum take it; the double sums take it stored as a single.
+f32 CombineModalValues(const RunState& s, i16 method, i32 first, i32 last,
+                       const std::function<f64(i32)>& modal) {
+    // The running sum, kept in a register until it is the caller's.
     f32 total = 0;
 
     // Rows of the double sums worked side by side need every mode of the
@@ -274,18 +274,18 @@ void CombineBaseShear(RunState& s, i16 d) {
     std::vector<f32> shear;
     const auto storeShears = [&] {
         shear.assign(std::size_t(last < 0 ? 0 : last) + 1, 0.0f);
-        for (i32 m = first; m <= last; ++m) shear.at(std::size_t(m)) = StoreF32(ModalShear(s, m, f));
+        for (i32 m = first; m <= last; ++m) shear.at(std::size_t(m)) = StoreF32(modal(m));
     };
 
-    switch (s.Options.CombMethod) {
+    switch (method) {
         case 0:  // square root of the sum of squares
             for (i32 m = first; m <= last; ++m) {
-                const f64 a = ModalShear(s, m, f);
+                const f64 a = modal(m);
                 AddToShear(total, a * a);
             }
             break;
         case 4:  // absolute sum, taken as a plain sum: the sign of f stays
-            for (i32 m = first; m <= last; ++m) AddToShear(total, ModalShear(s, m, f));
+            for (i32 m = first; m <= last; ++m) AddToShear(total, modal(m));
             break;
         case 1: {  // complete quadratic combination over every ordered pair
             storeShears();
@@ -363,7 +363,100 @@ void CombineBaseShear(RunState& s, i16 d) {
         default:
             break;  // no such method: the shear stays 0
     }
-    s.BaseShear(d) = total;
+    return total;
+}
+
+// The modes a combination takes: all of them, or the one single mode.
+void CombinedModes(const RunState& s, i32& first, i32& last) {
+    first = 1;
+    last = s.Freq.NumModes;
+    if (s.Options.SingleMode != 0) first = last = s.Options.SingleMode;
+}
+
+}  // namespace
+
+// Combines the modal base shears of a translational direction. BaseShear(d)
+// holds the square of the combined shear for the quadratic methods and the
+// plain sum for ABS.
+void CombineBaseShear(RunState& s, i16 d) {
+    s.BaseShear(d) = 0;
+    i32 first = 0, last = 0;
+    CombinedModes(s, first, last);
+    if (d >= 4) return;  // a ground rotation gives no base shear
+    const f64 f = s.Options.DirFactor(d);
+    s.BaseShear(d) =
+        CombineModalValues(s, s.Options.CombMethod, first, last, [&](i32 m) { return ModalShear(s, m, f); });
+}
+
+std::vector<f32> StoreyHeights(const RunState& s) {
+    std::vector<f32> heights;
+    const i32 nodes = i32(std::min(s.Freq.NodeDof.Upper1(), s.Model.NodeY.Upper()));
+    for (i32 n = 1; n <= nodes; ++n) {
+        bool carries = false;
+        for (i32 k = 1; k <= 3; ++k) {
+            const i32 e = s.Freq.NodeDof(n, k);
+            if (e > 0 && e <= s.Freq.MassTerms.Upper() && s.Freq.MassTerms(e) != 0) carries = true;
+        }
+        if (carries) heights.push_back(s.Model.NodeY(n));
+    }
+    std::sort(heights.begin(), heights.end(), std::greater<f32>());
+    heights.erase(std::unique(heights.begin(), heights.end()), heights.end());
+    return heights;
+}
+
+std::vector<f32> CombineStoreyShears(const RunState& s, i16 d, i16 method, const std::vector<f32>& heights) {
+    std::vector<f32> combined(heights.size(), 0.0f);
+    if (d >= 4 || heights.empty()) return combined;
+    i32 first = 0, last = 0;
+    CombinedModes(s, first, last);
+    const f64 f = s.Options.DirFactor(d);
+    const i32 modes = s.Freq.NumModes, dof = s.Freq.NumDof;
+
+    // The level of each equation: that of the node whose freedom it is (the
+    // last node that names it, as the shape block's map has it).
+    std::vector<i32> levelOf(std::size_t(std::max(dof, 0)) + 1, -1);
+    const i32 nodes = i32(std::min(s.Freq.NodeDof.Upper1(), s.Model.NodeY.Upper()));
+    for (i32 n = 1; n <= nodes; ++n) {
+        const auto at = std::find(heights.begin(), heights.end(), s.Model.NodeY(n));
+        if (at == heights.end()) continue;
+        for (i32 k = 1; k <= 6; ++k) {
+            const i32 e = s.Freq.NodeDof(n, k);
+            if (e > 0 && e <= dof) levelOf[std::size_t(e)] = i32(at - heights.begin());
+        }
+    }
+
+    // above(level, mode): the sum of m phi r over the equations at and above
+    // the level, from the top down. The storey shear of a mode is its base
+    // shear times above / above at the lowest level, so that the lowest level
+    // gives the base shear itself, to the last bit, under every method.
+    const std::size_t levels = heights.size();
+    std::vector<f64> above(levels * std::size_t(modes + 1), 0.0);
+    for (i32 m = std::max(first, 1); m <= std::min(last, modes); ++m) {
+        std::vector<f64> atLevel(levels, 0.0);
+        for (i32 e = 1; e <= dof; ++e) {
+            const i32 level = levelOf[std::size_t(e)];
+            if (level < 0 || e > s.Freq.MassTerms.Upper()) continue;
+            atLevel[std::size_t(level)] +=
+                f64(s.Freq.MassTerms(e)) * s.Freq.ModeShape(e, m) * s.Excitation(e);
+        }
+        f64 sum = 0;
+        for (std::size_t l = 0; l < levels; ++l)
+            above[l * std::size_t(modes + 1) + std::size_t(m)] = sum += atLevel[l];
+    }
+    for (std::size_t l = 0; l < levels; ++l) {
+        const f64* row = &above[l * std::size_t(modes + 1)];
+        const f64* base = &above[(levels - 1) * std::size_t(modes + 1)];
+        const f32 total = CombineModalValues(s, method, first, last, [&](i32 m) {
+            if (m < 1 || m > modes || base[m] == 0) return 0.0;
+            // The base shear's plain sum adds modal shears of one sign; up the
+            // building a higher mode's shear turns, and the absolute sum takes
+            // its size.
+            const f64 share = method == 4 ? std::fabs(row[m] / base[m]) : row[m] / base[m];
+            return CheckF64(ModalShear(s, m, f) * share);
+        });
+        combined[l] = CombinedShear(total, method);
+    }
+    return combined;
 }
 
 f32 CombinedShear(f32 baseShear, i16 combMethod) {

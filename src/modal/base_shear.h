@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "base/run_state.h"
 
@@ -13,6 +14,18 @@ void CombineBaseShear(RunState& state, i16 d);
 // The combined shear from what CombineBaseShear leaves under a method: every
 // method but the absolute sum (4) leaves its square.
 f32 CombinedShear(f32 baseShear, i16 combMethod);
+
+// The levels of the storey shears: the distinct heights (Y) of the nodes that
+// carry mass in a translation, highest first.
+std::vector<f32> StoreyHeights(const RunState& state);
+
+// The combined storey shear of translational direction d at each level under
+// a method, while the direction's participation and excitation stand: the
+// inertia forces of the equations at and above the level, mode by mode,
+// combined as the base shear combines them. The lowest level gives the base
+// shear of the method exactly.
+std::vector<f32> CombineStoreyShears(const RunState& state, i16 d, i16 method,
+                                     const std::vector<f32>& heights);
 
 namespace detail {
 // The terms of row i of the complete quadratic combination (first..last,

@@ -1,7 +1,11 @@
 #include "modal/response_curve.h"
 
+#include <limits>
+#include <vector>
+
 #include "base/checked_math.h"
 #include "base/host.h"
+#include "base/number_text.h"
 #include "base/text_files.h"
 
 namespace tremodal {
@@ -88,6 +92,50 @@ void ConvertToDisplacement(RunState& s, f32 firstValue) {
     }
 }
 
+// "mode 4", "modes 4 and 5", "modes 4, 5 and 9", "12 modes (4 to 20)".
+std::string ModeList(const std::vector<i32>& modes) {
+    if (modes.size() == 1) return "mode " + GeneralText(modes[0]);
+    if (modes.size() > 3) {
+        return GeneralText(i32(modes.size())) + " modes (" + GeneralText(modes.front()) + " to " +
+               GeneralText(modes.back()) + ")";
+    }
+    std::string list = "modes " + GeneralText(modes[0]);
+    for (std::size_t i = 1; i < modes.size(); ++i)
+        list += (i + 1 == modes.size() ? " and " : ", ") + GeneralText(modes[i]);
+    return list;
+}
+
+// Modes that the curve does not reach take the value of its nearer end: the
+// person is told which modes and what value, in the curve's own units.
+void NoteModesOffTheCurve(RunState& s) {
+    const i16 points = s.Curve.CurvePoints;
+    if (!s.Ui || points < 1) return;
+    const f32 first = s.Curve.CurvePeriod(1), last = s.Curve.CurvePeriod(points);
+    std::vector<i32> beyond, before;
+    for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
+        // As the lookup rounds it, without failing: a period no single can
+        // hold lies beyond any curve.
+        if (!(s.Freq.Omega(m) > 0)) continue;
+        const f64 exact = kLookupNumerator / s.Freq.Omega(m);
+        const f32 t = exact < 3.0e38 ? f32(exact) : std::numeric_limits<f32>::infinity();
+        if (t > last) beyond.push_back(m);
+        if (t < first) before.push_back(m);
+    }
+    const std::string& file = s.Options.SpectrumFile;
+    if (!beyond.empty()) {
+        s.Ui->Note(file + ": " + ModeList(beyond) + (beyond.size() == 1 ? " lies" : " lie") +
+                   " beyond the curve's last period " + GeneralText(last) + " s and " +
+                   (beyond.size() == 1 ? "takes" : "take") + " its last value " +
+                   GeneralText(s.Curve.CurveValue(points)));
+    }
+    if (!before.empty()) {
+        s.Ui->Note(file + ": the curve starts at period " + GeneralText(first) + " s and does not reach " +
+                   ModeList(before) +
+                   ", of higher frequency: " + (before.size() == 1 ? "it takes" : "they take") +
+                   " its first value " + GeneralText(s.Curve.CurveValue(1)));
+    }
+}
+
 }  // namespace
 
 void ReadSpectrumCurve(RunState& s) {
@@ -122,6 +170,7 @@ void ReadSpectrumCurve(RunState& s) {
         }
 
         const i32 modes = s.Freq.NumModes;
+        NoteModesOffTheCurve(s);
         for (i32 m = 1; m <= modes; ++m) {
             f32 t = StoreF32(Div(kLookupNumerator, s.Freq.Omega(m)));
             if (logarithmic) t = StoreF32(Log(t));
@@ -155,7 +204,15 @@ void ReadSpectrumCurve(RunState& s) {
     } catch (const Failure& failure) {
         // One trap over the whole read: the run goes on with what stands.
         s.Curve.ReadFailure = failure;
-        if (s.Ui) s.Ui->ShowMessage(kSpectrumErrorText, "TREMODAL");
+        if (s.Ui) {
+            s.Ui->ShowMessage(kSpectrumErrorText, "TREMODAL");
+            std::string what = failure.what();
+            if (what.find(s.Options.SpectrumFile) == std::string::npos)
+                what = "curve " + s.Options.SpectrumFile + ": " + what;
+            s.Ui->Note(
+                what +
+                "; the run goes on without the curve: every spectral value not worked out by then is 0");
+        }
     }
 }
 

@@ -1,6 +1,7 @@
-// The run's figures as tables for a spreadsheet or a script: a header row,
-// commas, "." as the decimal point whatever the locale, and every single to
-// 9 significant digits, which brings back its exact value.
+// The run's figures as tables for a spreadsheet or a script: a header row
+// whose columns carry their units in brackets ("period [s]"), commas, "." as
+// the decimal point whatever the locale, and every single as the shortest
+// decimal that reads back as the same single.
 #pragma once
 
 #include <string>
@@ -18,5 +19,9 @@ std::string ParticipationTable(const RunFigures& figures);
 // base_shear.csv: one row per translational direction that is on, the
 // combined shear under each method.
 std::string BaseShearTable(const RunFigures& figures);
+// storey_shear.csv: for each translational direction that is on, one row per
+// level from the top down: its height and the storey shear under each method
+// (empty for a method not worked out).
+std::string StoreyShearTable(const RunFigures& figures);
 
 }  // namespace tremodal

@@ -58,6 +58,8 @@ void RecordingHost::StartChild(const std::string&) {}
 
 ChildState RecordingHost::PollChild() { return ChildState::Ended; }
 
+void RecordingHost::Note(const std::string& text) { Notes.push_back(text); }
+
 namespace {
 
 // A failure of a reader names the file it read; say which step it was.
@@ -94,9 +96,6 @@ RunFigures RunReport(RunState& s, RecordingHost& host, const ReportRequest& requ
         Fail(kFileNotFound,
              "options set " + o.OptionsNumber + ": no file " + OptionsFileOf(s, request.OptionsNumber));
     }
-    if (!FileExists(o.SpectrumFile))
-        Fail(kFileNotFound,
-             "curve of options set " + o.OptionsNumber + ": no file \"" + o.SpectrumFile + "\"");
 
     RunFigures figures;
     s.DirectionDone = [&figures](RunState& state, i16 d) { RecordDirection(state, d, figures, true); };
@@ -114,7 +113,9 @@ RunFigures RunReport(RunState& s, RecordingHost& host, const ReportRequest& requ
     s.DirectionDone = nullptr;
     RecordRun(s, figures);
     figures.Messages = host.Messages;
-    if (s.Curve.ReadFailure) throw Failure(0, "curve " + o.SpectrumFile + ": " + kSpectrumErrorText);
+    // What a batch run of these options would find when it came to post.
+    NoteMissingCasepost(s);
+    figures.RunNotes = host.Notes;
     return figures;
 }
 

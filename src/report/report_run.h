@@ -27,8 +27,8 @@ extern const char* const kReportUsage;
 std::string ParseReportArguments(const std::vector<std::string>& args, ReportRequest& request);
 
 // The host of a run in memory: the settings come from the machine, every
-// message is kept for the summary instead of being shown, nobody answers a
-// prompt, and no child is started.
+// message and note is kept for the summary instead of being shown, nobody
+// answers a prompt, and no child is started.
 class RecordingHost : public Host {
 public:
     explicit RecordingHost(Host& machine) : machine_(machine) {}
@@ -39,17 +39,20 @@ public:
                        const std::string& proposed) override;
     void StartChild(const std::string& program) override;
     ChildState PollChild() override;
+    void Note(const std::string& text) override;
 
     std::vector<std::string> Messages;
+    std::vector<std::string> Notes;
 
 private:
     Host& machine_;
 };
 
 // Finds the model, reads its size, coordinates and options set, and runs the
-// analysis in memory with the host as state.Ui. A curve that cannot be read
-// fails here, since a summary of zeros would mislead. Failures say what
-// failed; one numbered 0 has no number of its own to show.
+// analysis in memory with the host as state.Ui. It goes on wherever a batch
+// run goes on (a curve it cannot read, for one), with the run's messages and
+// notes kept for the summary, and fails only where a batch run fails.
+// Failures say what failed; one numbered 0 has no number of its own to show.
 RunFigures RunReport(RunState& state, RecordingHost& host, const ReportRequest& request);
 
 // Writes each (path, bytes) pair, creating the folders that are missing.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "modal/base_shear.h"
+#include "modal/excitation.h"
 #include "modal/response_curve.h"
 #include "results/curve_report.h"
 
@@ -34,6 +35,14 @@ void RecordDirection(RunState& s, i16 d, RunFigures& figures, bool everyMethod) 
     // it moves any inertia at all.
     f.HasPercent = d < 4 || s.ExcitedMass != 0;
     f.Rows = ParticipationRows(s, f.HasPercent);
+    if (d != 2 && d != 5) ExcitationAngle(s, d, f.AxisX, f.AxisZ);
+    if (d < 4) {
+        f.StoreyHeights = StoreyHeights(s);
+        for (i16 k = 0; k < kCombMethods; ++k) {
+            if (everyMethod || k == s.Options.CombMethod)
+                f.StoreyShear[std::size_t(k)] = CombineStoreyShears(s, d, k, f.StoreyHeights);
+        }
+    }
     if (everyMethod && d < 4) {
         f.HasShear = true;
         const i16 method = s.Options.CombMethod;
@@ -77,6 +86,7 @@ void RecordRun(const RunState& s, RunFigures& figures) {
     figures.CombMethod = o.CombMethod;
     figures.DampingRatio = o.DampingRatio;
     figures.Duration = o.Duration;
+    figures.PrincipalAngle = o.PrincipalAngle;
     figures.Modes.clear();
     for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
         ModeFigures mode;

@@ -28,6 +28,15 @@ struct DirectionFigures {
     // Translations only: the combined shear under CombMethod 0 to 4.
     bool HasShear = false;
     std::array<f32, kCombMethods> Shear{};
+    // Translations only: the levels of the storey shears, highest first, and
+    // the combined storey shear at each under CombMethod 0 to 4 (empty for a
+    // method not worked out).
+    std::vector<f32> StoreyHeights;
+    std::array<std::vector<f32>, kCombMethods> StoreyShear;
+    // The global axis the direction moves along or turns about, as the
+    // excitation takes it: (X, Z) in the horizontal plane; directions 2 and 5
+    // are the vertical.
+    f64 AxisX = 0, AxisZ = 0;
 
     // The first mode whose cumulative share reaches 90 %, 0 for none; the
     // share the modes leave to the missing mass, in per cent.
@@ -53,19 +62,23 @@ struct RunFigures {
     f32 ZpaValue = 0, ZpaPeriod = 0;
     i16 MissMassOn = 0, SingleMode = 0, CombMethod = 0;
     f32 DampingRatio = 0, Duration = 0;
+    f64 PrincipalAngle = 0;
     std::vector<ModeFigures> Modes;
     std::vector<DirectionFigures> Directions;
-    // Texts the run showed in message boxes, in order.
+    // Texts the run showed in message boxes, and the notes it gave the
+    // person, in order.
     std::vector<std::string> Messages;
+    std::vector<std::string> RunNotes;
 
     // Whether the single-mode guard stopped the run before the directions.
     bool StoppedAtGuard() const;
 };
 
-// Records the direction just worked, while its items stand. With
-// everyMethod, a translation gets the base shear of every method, each
-// worked out by CombineBaseShear; the options' method and the direction's
-// BaseShear are then as the run left them.
+// Records the direction just worked, while its items stand. A translation
+// gets its storey shears under the options' method; with everyMethod, the
+// base shear and the storey shears of every method, each worked out by the
+// run's own combination; the options' method and the direction's BaseShear
+// are then as the run left them.
 void RecordDirection(RunState& state, i16 d, RunFigures& figures, bool everyMethod);
 
 // Records the model, the options, the curve and the modes of the run that

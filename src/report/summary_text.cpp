@@ -1,6 +1,7 @@
 #include "report/summary_text.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/number_text.h"
 
@@ -52,13 +53,17 @@ void AddCurveLines(const RunFigures& f, std::vector<std::string>& out) {
                              : "from the curve's first point";
     out.push_back("ZPA         " + Number(f.ZpaValue) + " " + Length(f) + "/s2 at " +
                   FormatPicture(f.ZpaPeriod, "0.0000") + " s, " + source);
+    out.push_back("Damping     " + Number(f.DampingRatio) +
+                  " of critical in every mode without one of its own");
+    out.push_back("Duration    " + Number(f.Duration) + " s of strong motion");
+    out.push_back("Principal   at " + GeneralText(f.PrincipalAngle) + " deg from X toward Z");
 }
 
 void AddDirectionLines(const RunFigures& f, const DirectionFigures& d, std::vector<std::string>& out) {
     out.push_back("");
-    out.push_back("Direction " + GeneralText(d.Direction) + ", " + DirectionCaption(d.Direction) +
-                  ", factor " + Number(d.Factor) + ", " + (d.Direction < 4 ? "mass " : "inertia ") +
-                  FormatPicture(d.ExcitedMass, "0.000E+00"));
+    out.push_back("Direction " + GeneralText(d.Direction) + ", " + DirectionCaption(d.Direction) + ", " +
+                  AxisText(d) + ", factor " + Number(d.Factor) + ", " +
+                  (d.Direction < 4 ? "mass " : "inertia ") + FormatPicture(d.ExcitedMass, "0.000E+00"));
     out.push_back("  Mode    Freq Hz   Period s    Eff mass   Cumul %");
     for (std::size_t i = 0; i < d.Rows.size(); ++i) {
         const ParticipationRow& r = d.Rows[i];
@@ -103,9 +108,52 @@ void AddShearLines(const RunFigures& f, std::vector<std::string>& out) {
     if (f.SingleMode > 0) out.push_back("  Only mode " + GeneralText(f.SingleMode) + " is combined.");
 }
 
+void AddStoreyShearLines(const RunFigures& f, const DirectionFigures& d, std::vector<std::string>& out) {
+    if (d.StoreyHeights.empty()) return;
+    out.push_back("");
+    out.push_back("Storey shear, direction " + GeneralText(d.Direction) + " " +
+                  DirectionCaption(d.Direction) + ": the inertia forces at and above each level, " +
+                  ForceUnit(f));
+    std::string head = "  Height " + PadRight(Length(f), 9);
+    for (int k = 0; k < kCombMethods; ++k) {
+        if (!d.StoreyShear[std::size_t(k)].empty())
+            head += PadLeft(MethodCaption(k), 11) + (k == f.CombMethod ? "*" : " ");
+    }
+    out.push_back(RTrim(head));
+    for (std::size_t l = 0; l < d.StoreyHeights.size(); ++l) {
+        std::string row = FormatField(d.StoreyHeights[l], "##0.000", 10) + std::string(8, ' ');
+        for (const std::vector<f32>& shear : d.StoreyShear) {
+            if (!shear.empty()) row += FormatField(shear[l], "0.000E+00", 11) + " ";
+        }
+        out.push_back(RTrim(row));
+    }
+}
+
 }  // namespace
 
 std::string LengthUnit(const RunFigures& f) { return f.UnitSystem == 1 ? "in" : "m"; }
+
+std::string MassUnit(const RunFigures& f, bool rotation) {
+    if (f.UnitSystem == 1) return rotation ? "lbf s2 in" : "lbf s2/in";
+    return rotation ? "kg m2" : "kg";
+}
+
+std::string ForceUnit(const RunFigures& f) { return f.UnitSystem == 1 ? "lbf" : "N"; }
+
+std::string AxisText(const DirectionFigures& d) {
+    const bool turn = d.Direction >= 4;
+    if (d.Direction == 2 || d.Direction == 5) return turn ? "about Y (vertical)" : "along Y (vertical)";
+    std::string axis;
+    if (d.AxisZ == 0 || std::fabs(d.AxisZ) < 1e-12) {
+        axis = d.AxisX < 0 ? "-X" : "X";
+    } else if (std::fabs(d.AxisX) < 1e-12) {
+        axis = d.AxisZ < 0 ? "-Z" : "Z";
+    } else {
+        axis =
+            "(" + FormatPicture(f32(d.AxisX), "0.000") + ", 0, " + FormatPicture(f32(d.AxisZ), "0.000") + ")";
+    }
+    return (turn ? "about " : "along ") + axis;
+}
 
 std::string CurveUnit(const RunFigures& f) {
     if (f.SpectrumType == 1) return LengthUnit(f) + "/s";
@@ -156,6 +204,19 @@ std::vector<std::string> SuspectInputNotes(const RunFigures& f) {
                         (f.MissMassOn == 1 ? "; the missing mass carries the rest."
                                            : ": add modes or turn missing mass on."));
     }
+    const auto noted = [&](const char* key) {
+        return std::any_of(f.RunNotes.begin(), f.RunNotes.end(),
+                           [&](const std::string& note) { return note.find(key) != std::string::npos; });
+    };
+    if (f.CurveFactor == 0 && !noted("Curve Factor"))
+        notes.push_back("The curve factor is 0: every spectral value, response and base shear is 0.");
+    if (f.DampingRatio == 0 && !noted("Damping Ratio"))
+        notes.push_back(
+            "The damping ratio is 0: modes without a damping of their own are undamped, and CQC "
+            "comes to the SRSS sum.");
+    if (f.Directions.empty() && !f.StoppedAtGuard())
+        notes.push_back("No direction is on: nothing takes part and there is no base shear.");
+    for (const std::string& note : f.RunNotes) notes.push_back(note);
     for (const std::string& message : f.Messages) notes.push_back("The run says: \"" + message + "\"");
     return notes;
 }
@@ -166,6 +227,7 @@ std::vector<std::string> SummaryLines(const RunFigures& f) {
     AddCurveLines(f, out);
     for (const DirectionFigures& d : f.Directions) AddDirectionLines(f, d, out);
     AddShearLines(f, out);
+    for (const DirectionFigures& d : f.Directions) AddStoreyShearLines(f, d, out);
     const std::vector<std::string> notes = SuspectInputNotes(f);
     if (!notes.empty()) {
         out.push_back("");

@@ -19,6 +19,13 @@ std::string MethodCaption(int method);
 std::string LengthUnit(const RunFigures& figures);
 std::string CurveUnit(const RunFigures& figures);
 std::string CurveKind(i16 spectrumType);
+// The model's unit of mass (of rotary inertia with rotation) and of force:
+// kg and N, or for unit system 1 lbf s2/in and lbf.
+std::string MassUnit(const RunFigures& figures, bool rotation);
+std::string ForceUnit(const RunFigures& figures);
+// The global axis a direction moves along or turns about: "along X",
+// "about Y (vertical)", "along (0.866, 0, 0.500)".
+std::string AxisText(const DirectionFigures& direction);
 
 // The summary's lines, without line ends.
 std::vector<std::string> SummaryLines(const RunFigures& figures);

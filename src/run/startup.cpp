@@ -135,7 +135,16 @@ StartOutcome Main(RunState& state, const std::string& commandLine) {
     }
 }
 
+void NoteMissingCasepost(RunState& state) {
+    const std::string program = state.Model.ProgramDir + "/casepost";
+    if (ProgramExists(program)) return;
+    state.Ui->Note(program +
+                   ": no such program (Files2 in [Setup] names the folder of the suite's "
+                   "programs); a batch run writes its results but starts nothing to post them");
+}
+
 void LaunchCasepost(RunState& state) {
+    NoteMissingCasepost(state);
     state.Ui->StartChild(state.Model.ProgramDir + "/casepost");
     state.Timer1Enabled = true;
 }

@@ -58,6 +58,10 @@ bool OpenOptionsSet(RunState& state, const std::string& number);
 // follows the new child only. The same for a batch run and the dialog.
 void LaunchCasepost(RunState& state);
 
+// Tells the person when ProgramDir holds no casepost to start: the results
+// are written, but nothing posts them.
+void NoteMissingCasepost(RunState& state);
+
 // One tick of Timer1: polls the child without waiting. Returns true when the
 // program is to end (the child has ended in a batch run).
 bool Timer1_Timer(RunState& state);

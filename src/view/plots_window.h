@@ -1,7 +1,8 @@
 // The charts of the dialog's last run in a window of their own: the response
 // spectrum with the modes on it, the participation of a direction chosen in
-// a list, and a button that saves both charts of every direction as PNG
-// files, the same files as "TreModal --report N --plots DIR" writes.
+// a list and its storey shears, and a button that saves the charts of every
+// direction as PNG files, the same files as "TreModal --report N --plots DIR"
+// writes, and names them. Before any run it says there is nothing to plot.
 #pragma once
 
 #include <QDialog>
@@ -13,6 +14,7 @@
 #include "report/run_figures.h"
 
 class QComboBox;
+class QLabel;
 class QPushButton;
 
 namespace tremodal {
@@ -35,7 +37,7 @@ public:
     // The figures are copied; messages go to the host.
     PlotsWindow(const RunFigures& figures, Host& ui, QWidget* parent = nullptr);
 
-    // Writes spectrum.png and participation-<d>.png into the folder; a
+    // Writes the chart files into the folder and names them in the window; a
     // failure is told in a message. Returns whether the files were written.
     bool SaveCharts(const std::string& folder);
 
@@ -48,6 +50,7 @@ private:
     Host& ui_;
     QComboBox* cboDirection_ = nullptr;
     ChartWidget* participation_ = nullptr;
+    QLabel* status_ = nullptr;
 };
 
 }  // namespace tremodal

@@ -9,14 +9,12 @@
 #include <cmath>
 
 #include "base/number_text.h"
+#include "report/chart_layout.h"
 #include "report/summary_text.h"
 
 namespace tremodal {
 
 namespace {
-
-// Under logarithmic interpolation the run reads a period of 0 as this one.
-constexpr double kLogZeroPeriod = 1e-5;
 
 const QColor kCurveColour(31, 95, 170);
 const QColor kModeColour(200, 40, 40);
@@ -70,17 +68,17 @@ Scale LogScale(double lo, double hi) {
     return {std::pow(10.0, a), std::pow(10.0, b), true};
 }
 
-// The decades, and between them 2 and 5 where the decades are few.
+// The decades within the scale, and 2 and 5 times them where the decades
+// are few.
 std::vector<double> LogTicks(const Scale& s) {
     std::vector<double> ticks;
-    const int first = int(std::lround(std::log10(s.lo))), last = int(std::lround(std::log10(s.hi)));
+    const int first = int(std::floor(std::log10(s.lo) + 1e-9)),
+              last = int(std::ceil(std::log10(s.hi) - 1e-9));
     const bool between = last - first <= 3;
     for (int k = first; k <= last; ++k) {
-        const double decade = std::pow(10.0, k);
-        ticks.push_back(decade);
-        if (between && k < last) {
-            ticks.push_back(2 * decade);
-            ticks.push_back(5 * decade);
+        for (double m : {1.0, 2.0, 5.0}) {
+            const double t = m * std::pow(10.0, k);
+            if ((m == 1 || between) && t >= s.lo * (1 - 1e-6) && t <= s.hi * (1 + 1e-6)) ticks.push_back(t);
         }
     }
     return ticks;
@@ -168,6 +166,10 @@ void DrawAxes(QPainter& p, const Frame& f, const std::vector<double>& xTicks,
     p.save();
     p.translate(20 * u, f.area.center().y());
     p.rotate(-90);
+    // A smaller font where the axis is too short for the title.
+    for (int pixels = p.font().pixelSize();
+         pixels > 8 && QFontMetricsF(p.font()).horizontalAdvance(yTitle) > f.area.height();)
+        p.setFont(ChartFont(--pixels));
     p.drawText(QRectF(-f.area.height() / 2, 0, f.area.height(), 40 * u), Qt::AlignCenter, yTitle);
     p.restore();
 }
@@ -254,29 +256,35 @@ void PaintSpectrumChart(QPainter& p, const QSize& size, const RunFigures& fig) {
 
     // The curve as the run uses it: the file's values times the factor.
     std::vector<QPointF> curve, modes;
+    std::vector<double> curvePeriod, curveValue, modePeriod;
     for (std::size_t i = 0; i < fig.CurvePeriod.size(); ++i) {
-        double t = fig.CurvePeriod[i];
-        if (log && t == 0) t = kLogZeroPeriod;
-        curve.emplace_back(t, double(fig.CurveFactor) * fig.CurveValue[i]);
+        curve.emplace_back(fig.CurvePeriod[i], double(fig.CurveFactor) * fig.CurveValue[i]);
+        curvePeriod.push_back(curve.back().x());
+        curveValue.push_back(curve.back().y());
     }
-    for (const ModeFigures& m : fig.Modes)
+    for (const ModeFigures& m : fig.Modes) {
         modes.emplace_back(m.Point.Period, CurveKindValue(m.Point, fig.SpectrumType));
+        modePeriod.push_back(m.Point.Period);
+    }
+    const PeriodSpan span = SpectrumPeriodSpan(curvePeriod, curveValue, modePeriod, log);
+    // A log axis leaves off what has no logarithm: a period-0 point, above all.
     const auto shown = [&](const QPointF& q) {
         return std::isfinite(q.x()) && std::isfinite(q.y()) && (!log || (q.x() > 0 && q.y() > 0));
     };
-    double xlo = HUGE_VAL, xhi = -HUGE_VAL, ylo = HUGE_VAL, yhi = -HUGE_VAL;
+    double ylo = HUGE_VAL, yhi = -HUGE_VAL;
+    bool any = false, leftOff = false;
     for (const auto* set : {&curve, &modes}) {
         for (const QPointF& q : *set) {
-            if (!shown(q)) continue;
-            xlo = std::min(xlo, q.x());
-            xhi = std::max(xhi, q.x());
+            leftOff = leftOff || (log && std::isfinite(q.x()) && !(q.x() > 0));
+            if (!shown(q) || q.x() > span.Hi * (1 + 1e-9)) continue;
+            any = true;
             ylo = std::min(ylo, q.y());
             yhi = std::max(yhi, q.y());
         }
     }
     const QString xTitle = "Period (s)";
     const QString yTitle = "Spectral " + Q(KindWord(fig.SpectrumType)) + " (" + Printed(CurveUnit(fig)) + ")";
-    if (xlo > xhi) {
+    if (!any) {
         f.x = LinearScale(0, 1);
         f.y = LinearScale(0, 1);
         DrawAxes(p, f, LinearTicks(f.x), LinearTicks(f.y), xTitle, yTitle);
@@ -284,16 +292,27 @@ void PaintSpectrumChart(QPainter& p, const QSize& size, const RunFigures& fig) {
         return;
     }
     if (log) {
-        f.x = LogScale(xlo, xhi);
+        f.x = {span.Lo, span.Hi, true};
         f.y = LogScale(ylo, yhi);
     } else {
-        f.x = LinearScale(std::min(0.0, xlo), xhi * 1.02);
+        f.x = {0, span.Hi, false};
         f.y = LinearScale(std::min(0.0, ylo), yhi * 1.12);
     }
     DrawAxes(p, f, log ? LogTicks(f.x) : LinearTicks(f.x), log ? LogTicks(f.y) : LinearTicks(f.y), xTitle,
              yTitle);
 
+    // What the axis leaves out, in a line under its right end.
     const double u = f.unit;
+    QStringList notes;
+    if (span.CurveEnd > 0) notes << "curve continues to " + TickText(span.CurveEnd) + " s \u2192";
+    if (leftOff) notes << "period-0 points off the log axis";
+    if (!notes.isEmpty()) {
+        p.setPen(Qt::darkGray);
+        p.setFont(ChartFont(19 * u));
+        p.drawText(QRectF(f.area.left(), f.area.bottom() + 55 * u, f.area.width(), 40 * u),
+                   Qt::AlignRight | Qt::AlignVCenter, notes.join("; "));
+    }
+
     p.save();
     p.setClipRect(f.area.adjusted(-10 * u, -10 * u, 10 * u, 10 * u));
     QPainterPath path;
@@ -317,36 +336,54 @@ void PaintSpectrumChart(QPainter& p, const QSize& size, const RunFigures& fig) {
         if (shown(q)) p.drawEllipse(QPointF(f.X(q.x()), f.Y(q.y())), 4.5 * u, 4.5 * u);
     }
 
-    // Each mode where the run took its value, labelled with its number where
-    // the label finds room.
-    p.setFont(ChartFont(19 * u, true));
-    const QFontMetricsF metrics(p.font());
-    std::vector<QRectF> labels;
+    // Each mode where the run took its value, the larger the more of a
+    // direction's mass it moves.
+    std::vector<double> share(modes.size(), 0);
+    for (const DirectionFigures& d : fig.Directions) {
+        for (std::size_t i = 0; i < std::min(share.size(), d.Rows.size()); ++i) {
+            if (d.ExcitedMass > 0) share[i] = std::max(share[i], double(d.Rows[i].Effective / d.ExcitedMass));
+        }
+    }
+    std::vector<double> xs(modes.size()), ys(modes.size());
+    double lastDrop = -HUGE_VAL;
     for (std::size_t i = 0; i < modes.size(); ++i) {
         const QPointF& q = modes[i];
+        xs[i] = shown(q) ? f.X(q.x()) : -HUGE_VAL;
+        ys[i] = shown(q) ? f.Y(q.y()) : HUGE_VAL;
         if (!shown(q)) continue;
-        const QPointF at(f.X(q.x()), f.Y(q.y()));
-        p.setPen(QPen(QColor(200, 40, 40, 110), std::max(1.0, 1.2 * u), Qt::DotLine));
-        p.drawLine(at, QPointF(at.x(), f.area.bottom()));
-        p.setPen(QPen(Qt::white, 1.5 * u));
+        const QPointF at(xs[i], ys[i]);
+        // A drop line to the axis where it stands apart from the last one.
+        if (std::fabs(at.x() - lastDrop) >= 6 * u) {
+            p.setPen(QPen(QColor(200, 40, 40, 110), std::max(1.0, 1.2 * u), Qt::DotLine));
+            p.drawLine(at, QPointF(at.x(), f.area.bottom()));
+            lastDrop = at.x();
+        }
+        p.setPen(QPen(Qt::white, 1.2 * u));
         p.setBrush(kModeColour);
-        p.drawEllipse(at, 7.5 * u, 7.5 * u);
-        const QString text = QString::number(i + 1);
-        QRectF box(at.x() - metrics.horizontalAdvance(text) / 2 - 2 * u, at.y() - 12 * u - metrics.height(),
-                   metrics.horizontalAdvance(text) + 4 * u, metrics.height());
-        if (box.top() < f.area.top()) box.moveTop(at.y() + 12 * u);
-        const bool free =
-            std::none_of(labels.begin(), labels.end(), [&](const QRectF& r) { return r.intersects(box); });
-        if (!free) continue;
-        labels.push_back(box);
-        p.setPen(kModeColour);
-        p.drawText(box, Qt::AlignCenter, text);
+        const double r = (5 + 9 * std::sqrt(std::clamp(share[i], 0.0, 1.0))) * u;
+        p.drawEllipse(at, r, r);
+    }
+
+    // Their numbers, a crowd of modes under one label of its first and last.
+    p.setFont(ChartFont(19 * u, true));
+    const QFontMetricsF metrics(p.font());
+    std::vector<double> at;
+    for (std::size_t i = 0; i < modes.size(); ++i) at.push_back(shown(modes[i]) ? xs[i] : f.area.left());
+    const auto width = [&](const std::string& text) { return metrics.horizontalAdvance(Q(text)) + 4 * u; };
+    p.setPen(kModeColour);
+    for (const ModeLabel& label : ModeLabels(at, 4 * u, width)) {
+        double top = HUGE_VAL;
+        for (int m = label.First; m <= label.Last; ++m) top = std::min(top, ys[std::size_t(m - 1)]);
+        if (!std::isfinite(top)) continue;
+        QRectF box(label.X - label.Width / 2, top - 16 * u - metrics.height(), label.Width, metrics.height());
+        if (box.top() < f.area.top()) box.moveTop(top + 16 * u);
+        p.drawText(box, Qt::AlignCenter, Q(label.Text()));
     }
     p.restore();
 
     DrawLegend(p, f,
                {{LegendEntry::Line, kCurveColour, "Curve \u00D7 factor " + Q(GeneralText(fig.CurveFactor))},
-                {LegendEntry::Marker, kModeColour, "Modes at their periods, numbered"}});
+                {LegendEntry::Marker, kModeColour, "Modes at their periods, numbered, sized by mass share"}});
 }
 
 void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& fig, std::size_t direction) {
@@ -377,9 +414,11 @@ void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& f
     const std::size_t count = d.Rows.size();
     double top = 0;
     for (const ParticipationRow& r : d.Rows) top = std::max(top, double(r.Effective));
+    // 100 % of the right axis stands level with the total mass on the left.
+    const ShareScales scales = ParticipationScales(d.ExcitedMass, top);
     f.x = {0.5, count + 0.5, false};
-    f.y = LinearScale(0, top > 0 ? top * 1.15 : 1);
-    f.y2 = {0, 105, false};
+    f.y = {0, scales.MassTop, false};
+    f.y2 = {0, scales.PercentTop, false};
 
     // Mode numbers on the axis, every k-th where they are many.
     std::vector<double> xTicks;
@@ -411,7 +450,8 @@ void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& f
     std::vector<LegendEntry> legend{{LegendEntry::Bar, kBarColour, "Effective mass of the mode"}};
     if (d.HasPercent) {
         // The right-hand axis: the cumulative share in per cent.
-        for (int t = 0; t <= 100; t += 20) {
+        const int percentStep = scales.PercentTop > 250 ? 50 : 20;
+        for (int t = 0; t <= scales.PercentTop; t += percentStep) {
             const double y = f.Y2(t);
             p.setPen(Qt::black);
             p.drawLine(QPointF(f.area.right(), y), QPointF(f.area.right() + 6 * u, y));
@@ -422,8 +462,11 @@ void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& f
         p.setFont(ChartFont(24 * u));
         p.translate(f.area.right() + 95 * u, f.area.center().y());
         p.rotate(90);
+        // The long title where the axis is tall enough for it.
+        const QString longTitle = "Cumulative share of the mass (%)";
+        const bool fits = QFontMetricsF(p.font()).horizontalAdvance(longTitle) <= f.area.height();
         p.drawText(QRectF(-f.area.height() / 2, 0, f.area.height(), 40 * u), Qt::AlignCenter,
-                   "Cumulative share of the mass (%)");
+                   fits ? longTitle : "Cumulative (%)");
         p.restore();
 
         p.setPen(QPen(kModeColour, 2.5 * u, Qt::DashLine));
@@ -439,11 +482,82 @@ void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& f
         p.drawPolyline(line);
         p.setPen(Qt::NoPen);
         p.setBrush(kCumulativeColour);
-        if (count <= 200) {
+        if (f.area.width() >= 12 * u * double(count)) {
             for (const QPointF& q : line) p.drawEllipse(q, 5.5 * u, 5.5 * u);
         }
         legend.push_back({LegendEntry::Line, kCumulativeColour, "Cumulative share (right axis)"});
         legend.push_back({LegendEntry::Dashed, kModeColour, "90 % of the mass"});
+    }
+    DrawLegend(p, f, legend);
+}
+
+void PaintStoreyShearChart(QPainter& p, const QSize& size, const RunFigures& fig, std::size_t direction) {
+    Begin(p, size);
+    Frame f = MakeFrame(size, false);
+    const double u = f.unit;
+    const DirectionFigures* d = direction < fig.Directions.size() ? &fig.Directions[direction] : nullptr;
+    DrawTitle(p, size, f,
+              d ? "Storey shear, direction " + QString::number(d->Direction) + " " +
+                      Q(DirectionCaption(d->Direction))
+                : QString("Storey shear"));
+    const QString xTitle = "Storey shear (" + Q(ForceUnit(fig)) + ")";
+    const QString yTitle = "Height (" + Q(LengthUnit(fig)) + ")";
+    double shearTop = 0;
+    if (d) {
+        for (const std::vector<f32>& shear : d->StoreyShear) {
+            for (f32 v : shear) shearTop = std::max(shearTop, double(v));
+        }
+    }
+    if (!HasStoreyShears(d ? *d : DirectionFigures{})) {
+        f.x = LinearScale(0, 1);
+        f.y = LinearScale(0, 1);
+        DrawAxes(p, f, {}, {}, xTitle, yTitle);
+        DrawMessage(p, f,
+                    d ? "Storey shears are worked out for the translations only" : "No direction was on");
+        return;
+    }
+    // Heights come highest first.
+    const std::vector<f32>& h = d->StoreyHeights;
+    const double low = h.back(), high = h.front();
+    f.x = LinearScale(0, shearTop > 0 ? shearTop * 1.05 : 1);
+    f.y = LinearScale(std::min(0.0, low), high > low ? high + 0.03 * (high - low) : high + 1);
+    DrawAxes(p, f, LinearTicks(f.x), LinearTicks(f.y), xTitle, yTitle);
+
+    // A method's shear holds through the storey below each level: steps
+    // from the top down, a marker at each level.
+    static const QColor colours[kCombMethods] = {
+        {31, 95, 170}, {200, 40, 40}, {40, 150, 70}, {230, 120, 20}, {130, 70, 170}};
+    std::vector<LegendEntry> legend;
+    p.save();
+    p.setClipRect(f.area.adjusted(-10 * u, -10 * u, 10 * u, 10 * u));
+    // The options' method last, over the others.
+    for (int n = 1; n <= kCombMethods; ++n) {
+        const int k = (fig.CombMethod + n) % kCombMethods;
+        const std::vector<f32>& shear = d->StoreyShear[std::size_t(k)];
+        if (shear.size() != h.size()) continue;
+        const bool chosen = k == fig.CombMethod;
+        QPolygonF steps;
+        for (std::size_t l = 0; l < h.size(); ++l) {
+            steps << QPointF(f.X(shear[l]), f.Y(h[l]));
+            // The lowest level's shear, the base shear, holds down to the ground.
+            steps << QPointF(f.X(shear[l]), f.Y(l + 1 < h.size() ? double(h[l + 1]) : f.y.lo));
+        }
+        p.setPen(QPen(colours[k], (chosen ? 4.5 : 2.5) * u, chosen ? Qt::SolidLine : Qt::DashLine));
+        p.setBrush(Qt::NoBrush);
+        p.drawPolyline(steps);
+        p.setPen(Qt::NoPen);
+        p.setBrush(colours[k]);
+        if (chosen && f.area.height() >= 12 * u * double(h.size())) {
+            for (std::size_t l = 0; l < h.size(); ++l)
+                p.drawEllipse(QPointF(f.X(shear[l]), f.Y(h[l])), 5.5 * u, 5.5 * u);
+        }
+    }
+    p.restore();
+    for (int k = 0; k < kCombMethods; ++k) {
+        const bool chosen = k == fig.CombMethod;
+        if (d->StoreyShear[std::size_t(k)].size() == h.size())
+            legend.push_back({chosen ? LegendEntry::Line : LegendEntry::Dashed, colours[k],
+                              Q(MethodCaption(k)) + (chosen ? " (options)" : "")});
     }
     DrawLegend(p, f, legend);
 }
@@ -456,6 +570,12 @@ QByteArray ParticipationChartPng(const RunFigures& figures, std::size_t directio
     return Png([&](QPainter& p, const QSize& size) { PaintParticipationChart(p, size, figures, direction); });
 }
 
+bool HasStoreyShears(const DirectionFigures& d) {
+    if (d.StoreyHeights.empty()) return false;
+    return std::any_of(d.StoreyShear.begin(), d.StoreyShear.end(),
+                       [&](const std::vector<f32>& shear) { return shear.size() == d.StoreyHeights.size(); });
+}
+
 std::vector<std::pair<std::string, std::string>> ChartFiles(const RunFigures& figures) {
     std::vector<std::pair<std::string, std::string>> files;
     const QByteArray spectrum = SpectrumChartPng(figures);
@@ -464,6 +584,13 @@ std::vector<std::pair<std::string, std::string>> ChartFiles(const RunFigures& fi
         const QByteArray png = ParticipationChartPng(figures, i);
         files.emplace_back("participation-" + GeneralText(figures.Directions[i].Direction) + ".png",
                            png.toStdString());
+    }
+    for (std::size_t i = 0; i < figures.Directions.size(); ++i) {
+        const DirectionFigures& d = figures.Directions[i];
+        if (!HasStoreyShears(d)) continue;
+        const QByteArray png =
+            Png([&](QPainter& p, const QSize& size) { PaintStoreyShearChart(p, size, figures, i); });
+        files.emplace_back("storey-shear-" + GeneralText(d.Direction) + ".png", png.toStdString());
     }
     return files;
 }

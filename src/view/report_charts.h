@@ -1,8 +1,8 @@
-// The two charts of a run, drawn by one piece of code for the window and the
-// PNG files: the response spectrum with the modes on it, and the
-// participation of a direction (effective mass by mode, the cumulative
-// share, the 90 % line). Drawn with QPainter; they need a QGuiApplication
-// for their fonts, on any platform, the offscreen one included.
+// The charts of a run, drawn by one piece of code for the window and the
+// PNG files: the response spectrum with the modes on it, the participation
+// of a direction (effective mass by mode, the cumulative share, the 90 %
+// line) and the storey shears of a translation under each method. Drawn with QPainter; they need a
+// QGuiApplication for their fonts, on any platform, the offscreen one included.
 #pragma once
 
 #include <QByteArray>
@@ -27,12 +27,17 @@ void PaintSpectrumChart(QPainter& painter, const QSize& size, const RunFigures& 
 // `direction` indexes figures.Directions.
 void PaintParticipationChart(QPainter& painter, const QSize& size, const RunFigures& figures,
                              std::size_t direction);
+void PaintStoreyShearChart(QPainter& painter, const QSize& size, const RunFigures& figures,
+                           std::size_t direction);
+// Whether a direction has storey shears under some method.
+bool HasStoreyShears(const DirectionFigures& direction);
 
 // A chart as a PNG file's bytes.
 QByteArray SpectrumChartPng(const RunFigures& figures);
 QByteArray ParticipationChartPng(const RunFigures& figures, std::size_t direction);
 
-// spectrum.png and participation-<d>.png for each direction on, by file name.
+// spectrum.png, participation-<d>.png for each direction on and
+// storey-shear-<d>.png for each with storey shears, by file name.
 std::vector<std::pair<std::string, std::string>> ChartFiles(const RunFigures& figures);
 
 }  // namespace tremodal

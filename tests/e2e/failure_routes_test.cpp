@@ -95,7 +95,13 @@ std::vector<Row> Rows() {
     const std::string analysis = "the analysis of <M>.H1 with the options <M>.USM3: ";
     const std::string size = "\"VARNEK\"\r\nFRAME\r\nt\r\nx1\r\nx2\r\nx3\r\n";
     const std::string sizeTail = "t1\r\nt2\r\nt3\r\nt4\r\nt5\r\nt6\r\nt7\r\n1\r\n";
-    const Outcome spectrum = RanOn("TREMODAL: Error in Spectrum Data\n");
+    // A curve that cannot be read shows its message and notes what follows.
+    const auto spectrum = [](const std::string& what) {
+        return RanOn(
+            "TREMODAL: Error in Spectrum Data\nTREMODAL note: <M>.URS1: " + what +
+            "; the run goes on without the curve: every spectral value not worked out by then is 0\n");
+    };
+    const std::string noNumber = "TREMODAL note: <M>.USM3, line ";
     // The frame's case: a 40-byte header, 2 eigenvalues of 8 bytes, the
     // shapes of 2 modes x 4 nodes x 6 freedoms x 8 bytes = 384, the mass form
     // word: 444 bytes before the mass count, whose 6 masses end at byte 496.
@@ -166,9 +172,31 @@ std::vector<Row> Rows() {
         // Absurd coordinates, but no more nodes than 16 bits can number: the
         // coordinates that are missing read as 0.
         {WriteIn("FRAME.XYZ", std::string(100000, '\xff')), RanOn("")},
-        {WriteIn("FRAME.URS1", "0,1\r\nten,1\r\n"), spectrum},
-        // No casepost.
-        {[](const ModelFixture& f) { std::filesystem::remove_all(f.dir.File("bin")); }, {0, "", "", false}},
+        {WriteIn("FRAME.URS1", "0,1\r\nten,1\r\n"),
+         spectrum("ends after line 2, before all its fields are read")},
+        // Notes of a run that goes on with what the engineer would not expect:
+        // number fields that hold no number, modes off either end of the
+        // curve (periods 0.6284 and 0.3142 s), no casepost.
+        {[](const ModelFixture& f) {
+             SetOptionsLine(f.File(".USM3"), "Specrum Curve Factor", "Specrum Curve Factor ,abc");
+             SetOptionsLine(f.File(".USM3"), " 0.5 ", " 0.5  x");
+         },
+         RanOn(noNumber +
+               "6, Specrum Curve Factor: \"abc\" is not a number and reads as 0: every spectral value is "
+               "0\n" +
+               noNumber +
+               "12, direction 2 on/off: \"x\" is not a number and reads as 0: the direction is off\n")},
+        {WriteIn("FRAME.URS1", "0.4,1\r\n0.5,2\r\n-1\r\n"),
+         RanOn("TREMODAL note: <M>.URS1: mode 1 lies beyond the curve's last period 0.5 s and takes its last "
+               "value 2\nTREMODAL note: <M>.URS1: the curve starts at period 0.4 s and does not reach mode "
+               "2, of "
+               "higher frequency: it takes its first value 1\n")},
+        {[](const ModelFixture& f) { std::filesystem::remove_all(f.dir.File("bin")); },
+         {0, "",
+          "TREMODAL note: <D>/bin/casepost: no such program (Files2 in [Setup] names the folder of the "
+          "suite's "
+          "programs); a batch run writes its results but starts nothing to post them\n",
+          false}},
     };
     // Things that are not files in the place of the suite's files, one at a
     // time. A batch run asks first whether its options file exists; the
@@ -188,7 +216,7 @@ std::vector<Row> Rows() {
                   Told("TREMODAL - Response Options File (3) Not Found ", "<M>.USM3: no such file")},
                  {in("FRAME.H1"), fails(102, "FRAME.H1")},
                  {in("FRAME.USD1"), RanOn("")},
-                 {in("FRAME.URS1"), spectrum},
+                 {in("FRAME.URS1"), spectrum("is not a regular file")},
                  {Both(MissingMassFrom("10"), in("FRAME.R10")),
                   RanOn("TREMODAL: Missing Mass Case 10 Results not found or invalid\n"), "3/7/2/"},
                  {in("FRAME.NSL"), fails(102, "FRAME.NSL")},
