@@ -27,9 +27,11 @@ void ReadNodeCoordinates(RunState& state) {
     // without it (and still fails on whatever else stands in its place).
     const std::string path = m.ModelPath + ".XYZ";
     std::vector<unsigned char> block(kRecordLength * static_cast<std::size_t>(count > 0 ? count : 0));
-    std::error_code error;  // a path that cannot be looked at is opened, to fail as it fails
-    const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
-    if (state.WriteFiles || error || std::filesystem::exists(status)) {
+    // A path that cannot be looked at is opened, to fail as a batch run fails.
+    std::error_code error;
+    const bool missing =
+        std::filesystem::symlink_status(path, error).type() == std::filesystem::file_type::not_found;
+    if (state.WriteFiles || !missing) {
         BinaryFile file(path);
         file.Read(block.data(), block.size());  // bytes past the end read as 0
         file.Close();

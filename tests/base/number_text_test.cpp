@@ -73,6 +73,17 @@ TEST(NumberText, ValReadsTheLongestNumericPrefix) {
                                                  {"-", 0},       {"", 0},
                                                  {"1e-400", 0},  {"0e999999999999", 0}};
     for (const auto& [text, value] : cases) EXPECT_EQ(Val(text), value) << text;
+    // HoldsNumber tells a 0 read for want of a number from a 0 given.
+    EXPECT_EQ(
+        std::vector<bool>({HoldsNumber("0"), HoldsNumber(" -.5x"), HoldsNumber("abc"), HoldsNumber(".")}),
+        std::vector<bool>({true, true, false, false}));
+}
+
+// The tables' cells: the shortest decimal that gives the single back.
+TEST(NumberText, ShortestTextReadsBackAsTheSameSingle) {
+    EXPECT_EQ(ShortestText(0.05f) + " " + ShortestText(100.000008f) + " " + ShortestText(-2.25f) + " " +
+                  ShortestText(1e-7f) + " " + ShortestText(16777216.0f) + " " + ShortestText(0.0f),
+              "0.05 100.00001 -2.25 1e-07 16777216 0");
 }
 
 TEST(NumberText, StrictNumberRejectsTextThatIsNotANumberInFull) {

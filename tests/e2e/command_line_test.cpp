@@ -55,6 +55,13 @@ TEST(OwnOptions, HelpAndVersionAnswerOnStandardOutputAndOthersAreUsageErrors) {
     for (const char* part :
          {"--report N", "--version", "the dialog", "VARNEK/VARNEK.conf", "Files1=", "3/7/1/"})
         EXPECT_NE(help.out.find(part), std::string::npos) << part;
+    EXPECT_EQ(f.Run("-h").out, help.out);
+    // No arguments and no screen: the dialog is refused with the words and
+    // the status of the manual page, with settings or without them.
+    const TempDir none;
+    for (const ProgramRun& dialog : {f.Run(""), f.Run("", {.config = none.Path()})})
+        EXPECT_EQ(std::tuple(dialog.status, dialog.err.substr(0, 44)),
+                  std::tuple(2, "TreModal: the dialog needs a screen (DISPLAY"));
     const ProgramRun version = f.Run("--version");
     EXPECT_EQ(std::tuple(version.status, version.out, version.err), std::tuple(0, "TreModal 3-2-7\n", ""));
     // Never a batch run: nothing is read, run or logged.

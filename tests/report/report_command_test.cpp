@@ -1,17 +1,20 @@
 // "TreModal --report N": the summary, the tables and what is left on disk,
 // from the real program. On the small frame every figure is known by hand to
-// the last bit of a single, so the tables are compared as text at their full
-// nine digits and the summary line by line. The base shears of the methods
+// the last bit of a single, so the tables are compared as text, each single
+// the shortest decimal that gives it back, and the summary line by line. The base shears of the methods
 // themselves are checked with the combinations; here only that each lands in
 // its own column.
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <string>
 
+#include "support/closed_form.h"
 #include "support/model_fixture.h"
 #include "tools/shear_building.h"
 
@@ -20,12 +23,10 @@ namespace {
 
 using namespace testing;
 
-// A single as the tables show it: nine significant digits, enough to give
-// the single back, in the general form of %g.
+// A single as the tables show it: the shortest decimal that gives it back.
 std::string Cell(double value) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.9g", double(float(value)));
-    return text;
+    return std::string(text, std::to_chars(text, text + sizeof text, float(value)).ptr);
 }
 
 // Every file of the model's folder with its bytes.
@@ -76,8 +77,8 @@ TEST(Report, TheFramesTablesAndSummaryToTheLastDigit) {
                  Cell(sa / omega) + "," + Cell(sa) + "\r\n";
     }
     EXPECT_EQ(ReadFile(cwd.File("tables/modes.csv")),
-              "mode,circular_frequency_rad_s,frequency_hz,period_s,damping_ratio,spectral_displacement,"
-              "spectral_velocity,spectral_acceleration\r\n" +
+              "mode,circular_frequency [rad/s],frequency [Hz],period [s],damping_ratio,spectral_displacement "
+              "[in],spectral_velocity [in/s],spectral_acceleration [in/s2]\r\n" +
                   modes);
 
     // Direction 1 moves 3 of mass, mode 1 Gamma 1.5 of it. The rotation 6
@@ -87,7 +88,8 @@ TEST(Report, TheFramesTablesAndSummaryToTheLastDigit) {
     // rotations are the roundings of singles and only its place is checked.
     const std::string participation = ReadFile(cwd.File("tables/participation.csv"));
     EXPECT_TRUE(
-        participation.starts_with("direction,mode,participation_factor,effective_mass,cumulative_percent\r\n"
+        participation.starts_with("direction,mode,participation_factor [lbf s2/in^0.5; (lbf s2 in)^0.5 for 4 "
+                                  "to 6],effective_mass [lbf s2/in; lbf s2 in for 4 to 6],cumulative [%]\r\n"
                                   "1,1,1.5,2.25,75\r\n1,2,0,0,75\r\n4,1,0,0,0\r\n4,2,"))
         << participation;
     for (const std::string& row : {"\r\n5,1,-5,25," + Cell(25.0 / 58 * 100) + "\r\n5,2,",
@@ -96,19 +98,23 @@ TEST(Report, TheFramesTablesAndSummaryToTheLastDigit) {
     // Only the translations have a base shear; every method gives the one
     // mode's shear 2.25 x 9.81.
     const std::string shear = ReadFile(cwd.File("tables/base_shear.csv"));
-    ASSERT_TRUE(shear.starts_with("direction,SRSS,CQC,GROUP,DSM,ABS\r\n1,")) << shear;
+    ASSERT_TRUE(shear.starts_with("direction,SRSS [lbf],CQC [lbf],GROUP [lbf],DSM [lbf],ABS [lbf]\r\n1,"))
+        << shear;
     EXPECT_EQ(std::count(shear.begin(), shear.end(), '\n'), 2) << shear;
     for (std::size_t at = shear.find("\n1,") + 2; at < shear.size() - 2; at = shear.find(',', at + 1))
         EXPECT_NEAR(std::stod(shear.substr(at + 1)), 2.25 * sa, 2e-5) << shear;
 
     for (const char* line : {
              "Modes       2 in frequency case 1, 1.592 to 3.183 Hz (periods 0.3142 to 0.6283 s)",
-             "Direction 1, Principal (Major wave), factor 1, mass 3.000E+00",
+             "Damping     0.05 of critical in every mode without one of its own",
+             "Duration    10 s of strong motion",
+             "Principal   at 0 deg from X toward Z",
+             "Direction 1, Principal (Major wave), along X, factor 1, mass 3.000E+00",
              "  Mode    Freq Hz   Period s    Eff mass   Cumul %",
              "     1      1.592     0.6283   2.250E+00     75.00",
              "     2      3.183     0.3142   0.000E+00     75.00",
              "  90 % is not reached; 25.00 % is left to the missing mass (off: left out)",
-             "Direction 6, Rotation (Major wave), factor 0.002125, inertia 1.160E+02",
+             "Direction 6, Rotation (Major wave), about Z, factor 0.002125, inertia 1.160E+02",
              "     1      1.592     0.6283   1.000E+02     86.21",
              "            acceleration, factor 9.81, linear interpolation",
              "  Direction                       SRSS         CQC*  10% Group         DSM     ABS Sum",
@@ -167,6 +173,43 @@ TEST(Report, EachMethodInItsOwnColumn) {
     EXPECT_LT(dsm, abs);
 }
 
+// The shear building's storey shears against its closed form. Under a flat
+// curve every mode takes the same Sa, so mode n's shear at floor j is
+// Gamma_n Sa m sum of phi_n over the floors from j up, and SRSS combines the
+// x family. The lowest level gives the base shear of every method, to the
+// last digit.
+TEST(Report, StoreyShearsFollowTheClosedFormAndEndInTheBaseShear) {
+    const testing::ExampleModel model("--spectrum flat --directions 1 --comb SRSS");
+    TempDir cwd;
+    ASSERT_EQ(Report(model, cwd, "1 --csv t").status, 0);
+    std::vector<std::vector<std::string>> rows;
+    for (const char* name : {"t/storey_shear.csv", "t/base_shear.csv"}) {
+        std::stringstream text(ReadFile(cwd.File(name)));
+        for (std::string line; std::getline(text, line);) {
+            rows.emplace_back();
+            std::stringstream cells(line.substr(0, line.size() - 1));
+            for (std::string cell; std::getline(cells, cell, ',');) rows.back().push_back(cell);
+        }
+    }
+    ASSERT_EQ(rows.size(), 1 + 5 + 1 + 1u);
+    EXPECT_EQ(rows[0][1], "height [m]");
+    const double sa = 0.3 * double(9.81f), m = 1000;
+    for (int j = 5; j >= 1; --j) {
+        const std::vector<std::string>& row = rows[std::size_t(6 - j)];
+        double sum = 0;
+        for (int n = 1; n <= 5; ++n) {
+            double above = 0;
+            for (int i = j; i <= 5; ++i) above += m * closed_form::ShapeValue(5, m, n, i);
+            sum += std::pow(closed_form::ParticipationFactor(5, m, n) * sa * above, 2);
+        }
+        EXPECT_EQ(row[1], std::to_string(3 * j));
+        EXPECT_NEAR(std::stod(row[2]), std::sqrt(sum), 2e-6 * std::sqrt(sum)) << "floor " << j;
+        EXPECT_GE(std::stod(row[6]), std::stod(row[2])) << "the absolute sum bounds every other";
+    }
+    rows[5].erase(rows[5].begin() + 1);
+    EXPECT_EQ(rows[5], rows[7]) << "the lowest level against the base shear";
+}
+
 TEST(Report, NotesNameSuspectInput) {
     // Two modes: x1 and z1, each 88 % of its direction's mass.
     const testing::ExampleModel model("--storeys 10 --modes 2 --mass-form square --spectrum design");
@@ -176,6 +219,10 @@ TEST(Report, NotesNameSuspectInput) {
         model.modelPath, "1", [](ResponseOptions& o) { o.MissMassOn = 1; }, "2");
     EditOptions(
         model.modelPath, "1", [](ResponseOptions& o) { o.SingleMode = 5; }, "3");
+    // A curve factor and a damping of 0, and no direction on.
+    EditOptions(
+        model.modelPath, "1",
+        [](ResponseOptions& o) { o.CurveFactor = o.DampingRatio = 0, o.DirOn(1) = o.DirOn(3) = 0; }, "4");
     TempDir cwd;
     const auto before = Folder(model);
 
@@ -196,12 +243,19 @@ TEST(Report, NotesNameSuspectInput) {
     EXPECT_TRUE(
         Has(run.out, std::string("90 % is not reached; ") + left + " % is left to the missing mass (on)"));
 
+    run = Report(model, cwd, "4");
+    for (const char* note : {"The curve factor is 0: every spectral value, response and base shear is 0.",
+                             "The damping ratio is 0: modes without a damping of their own are undamped",
+                             "No direction is on: nothing takes part and there is no base shear."})
+        EXPECT_TRUE(Has(run.out, std::string("\n  - ") + note));
+
     run = Report(model, cwd, "3 --csv tables");
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(Has(run.out, "Single mode 5 lies beyond the 2 modes"));
     EXPECT_TRUE(Has(run.out, "The run says: \"Only 2 modes exist\""));
     // No direction pass, so no participation and no shear to tabulate.
-    EXPECT_EQ(ReadFile(cwd.File("tables/base_shear.csv")), "direction,SRSS,CQC,GROUP,DSM,ABS\r\n");
+    EXPECT_EQ(ReadFile(cwd.File("tables/base_shear.csv")),
+              "direction,SRSS [N],CQC [N],GROUP [N],DSM [N],ABS [N]\r\n");
     EXPECT_EQ(Folder(model), before);
 }
 
@@ -235,13 +289,18 @@ TEST(Report, FailuresWriteNothingAndUsageErrorsSayHow) {
     }
     EXPECT_EQ(Folder(model), before);
 
-    // A curve that cannot be read would give a summary of zeros.
-    const std::string curve = ReadFile(model.File(".URS1"));
-    testing::WriteFile(model.File(".URS1"), "0.1, 0.3\r\n0.2\r\n");
-    expectFailure("1", "Error in Spectrum Data");
+    // A curve that cannot be read, and a model without node coordinates: the
+    // report goes on as a batch run goes on, says so, and leaves no file.
+    const std::string curve = ReadFile(model.File(".URS1")), coordinates = ReadFile(model.File(".XYZ"));
     std::filesystem::remove(model.File(".URS1"));
-    expectFailure("1", "SHEAR.URS1");
+    std::filesystem::remove(model.File(".XYZ"));
+    const ProgramRun goesOn = Report(model, cwd, "1");
+    EXPECT_EQ(goesOn.status, 0) << goesOn.err;
+    EXPECT_TRUE(Has(goesOn.out, "\n  - " + model.File(".URS1") + ": no such file; the run goes on without"));
+    EXPECT_TRUE(Has(goesOn.out, "\n  - The run says: \"Error in Spectrum Data\"\n"));
+    EXPECT_FALSE(testing::Exists(model.File(".XYZ")));
     testing::WriteFile(model.File(".URS1"), curve);
+    testing::WriteFile(model.File(".XYZ"), coordinates);
 
     // --model takes a model that is not the current one, with no MODEL.NAM
     // and no Files1 at all.
