@@ -51,7 +51,8 @@ struct TinyRun {
 
 // Participation: mode 1 reaches 2^128 at its third equation while mode 2
 // already overflows at its second, and mode 1 is summed first; the last mode
-// of the second group of 16 summed side by side. The residual mass runs
+// of the second group of 16 summed side by side; of two groups that
+// overflow, the first. The residual mass runs
 // equation by equation: mode 2's term overflows at equation 1, mode 1's
 // square at equation 2; then the last equation alone. The responses run
 // over the modes of one equation before the next: mode 1 overflows at
@@ -61,15 +62,17 @@ struct TinyRun {
 // not.
 TEST(NumericFaults, EachFaultIsTheFirstInTheSuitesOrderOnAnyNumberOfThreads) {
     enum Step { kParticipation, kResidualMass, kResponses };
-    std::vector<std::vector<f32>> group(32, {1, 1});
+    std::vector<std::vector<f32>> group(32, {1, 1}), twoGroups(32, {1, 1});
     group[31] = {k2p127, k2p127};
+    twoGroups[4] = {k2p127, k2p127}, twoGroups[19] = {1.5f * k2p127, 1.5f * k2p127};
     const f32 k2p65 = std::ldexp(1.0f, 65), k2p70 = std::ldexp(1.0f, 70);
     const std::string k2m140 = "overflow: -1.39379657490816E+42 does not fit a single";
     // clang-format off
     const struct { Step step; std::vector<std::vector<f32>> shapes; std::string message;
                    f32 gamma1 = 1, gamma2 = 1, omega = 1; } cases[] = {
         {kParticipation, {{k2p127, k2p126, k2p126}, {1.5f * k2p127, 1.5f * k2p127, 0}}, k2p128},
-        {kParticipation, group, k2p128}, {kResponses, {{k2p126}}, k2p128, 1, 1, 2},
+        {kParticipation, group, k2p128}, {kParticipation, twoGroups, k2p128},
+        {kResponses, {{k2p126}}, k2p128, 1, 1, 2},
         {kResidualMass, {{1, k2p70}, {k2p65, 1}}, k2p130}, {kResidualMass, {{1, 1, k2p70}}, k2p140},
         {kResponses, {{1, k2p127}, {k2p126, 1}}, k2p130, 4, 16},
         {kResponses, {{1, k2p100}}, k2m140, -1, 1, std::ldexp(1.0f, 20)},
