@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -93,9 +92,6 @@ struct SpectrumCurve {
     Array1<f32> ModalSpectrum;  // 0..NumModes
     f32 ZpaValue = 0;
     f32 ZpaPeriod = 0;
-    // The failure a curve that could not be read ended in; the run went on
-    // with what stood.
-    std::optional<Failure> ReadFailure;
 };
 
 struct ParticipationAhead;

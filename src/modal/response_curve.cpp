@@ -21,6 +21,8 @@ constexpr f64 kTwoPi = 6.28318530717958;
 constexpr f32 kZeroPeriod = 1e-5f;
 constexpr f32 kEndMarker = -1.0f;
 constexpr int kMaxPoints = 100;
+// The message of a curve that cannot be read; the run goes on without it.
+constexpr const char* kSpectrumErrorText = "Error in Spectrum Data";
 
 // Reads the alternating period, value pairs up to the end marker. A marker
 // may stand in the place of a 101st period, anything else there is an error;
@@ -139,7 +141,6 @@ void NoteModesOffTheCurve(RunState& s) {
 }  // namespace
 
 void ReadSpectrumCurve(RunState& s) {
-    s.Curve.ReadFailure.reset();
     try {
         ReadCurvePoints(s);
         const i16 points = s.Curve.CurvePoints;
@@ -203,7 +204,6 @@ void ReadSpectrumCurve(RunState& s) {
         }
     } catch (const Failure& failure) {
         // One trap over the whole read: the run goes on with what stands.
-        s.Curve.ReadFailure = failure;
         if (s.Ui) {
             s.Ui->ShowMessage(kSpectrumErrorText, "TREMODAL");
             std::string what = failure.what();
@@ -215,8 +215,6 @@ void ReadSpectrumCurve(RunState& s) {
         }
     }
 }
-
-const char* const kSpectrumErrorText = "Error in Spectrum Data";
 
 f32 ModePeriod(f32 omega) { return StoreF32(Div(kTwoPi, omega)); }
 f32 ModeHertz(f32 omega) { return StoreF32(f64(omega) / 2 / 3.14159265358979); }

@@ -14,9 +14,6 @@ f32 ModePeriod(f32 omega);
 // The frequency of a mode in hertz, omega / 2 / pi, as a single.
 f32 ModeHertz(f32 omega);
 
-// The message of a curve that cannot be read; the run goes on without it.
-extern const char* const kSpectrumErrorText;
-
 // Fills SpectrumCurve, ModalSpectrum, ZpaValue and ZpaPeriod.
 void ReadSpectrumCurve(RunState& state);
 
