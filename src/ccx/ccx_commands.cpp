@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -199,6 +200,21 @@ int Report(std::ostream& err, const std::string& what, const std::string& keptIn
     return 1;
 }
 
+// Runs a command's body: whatever it fails with is told on err, with the
+// folder where ccx's files are kept, and ends it with status 1.
+int Guarded(std::ostream& err, const std::function<int(std::string& keptIn)>& body) {
+    std::string keptIn;
+    try {
+        return body(keptIn);
+    } catch (const CcxFailed& failed) {
+        return Report(err, failed.What, keptIn);
+    } catch (const Failure& failure) {
+        return Report(err, failure.what(), keptIn);
+    } catch (const std::exception& error) {
+        return Report(err, error.what(), keptIn);
+    }
+}
+
 // The mode shapes ccx printed, on the suite's axes.
 struct SuiteShapes {
     const std::vector<NodeValues>& Blocks;
@@ -328,8 +344,7 @@ AxisMap AxesFor(Vertical vertical) {
 }
 
 int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) {
-    std::string keptIn;
-    try {
+    return Guarded(err, [&](std::string& keptIn) {
         const Deck deck = ReadDeck(request.Deck);
         if (deck.Nodes.empty()) Fail(kTypeMismatch, request.Deck + ": no *NODE lines");
         Scratch scratch(keptIn);
@@ -443,13 +458,7 @@ int RunModes(const ModesRequest& request, std::ostream& out, std::ostream& err) 
             << Figure(100 * worst[1]) << " %, z " << Figure(100 * worst[2]) << " %)\n";
         out << "  wrote " << request.Model << ".XSZ, .XYZ and .H" << request.Case << "\n";
         return 0;
-    } catch (const CcxFailed& failed) {
-        return Report(err, failed.What, keptIn);
-    } catch (const Failure& failure) {
-        return Report(err, failure.what(), keptIn);
-    } catch (const std::exception& error) {
-        return Report(err, error.what(), keptIn);
-    }
+    });
 }
 
 namespace {
@@ -508,8 +517,7 @@ std::map<i32, std::array<f64, 3>> NodeLoads(const std::string& path,
 }  // namespace
 
 int RunSolve(const SolveRequest& request, std::ostream& out, std::ostream& err) {
-    std::string keptIn;
-    try {
+    return Guarded(err, [&](std::string& keptIn) {
         const Deck deck = ReadDeck(request.Deck);
         if (deck.Nodes.empty()) Fail(kTypeMismatch, request.Deck + ": no *NODE lines");
         const i32 nodeCount = SizeFileNodes(request.Model + ".XSZ");
@@ -572,13 +580,7 @@ int RunSolve(const SolveRequest& request, std::ostream& out, std::ostream& err) 
         for (const std::string& c : cases) out << " " << request.Model << ".R" << c;
         out << "\n";
         return 0;
-    } catch (const CcxFailed& failed) {
-        return Report(err, failed.What, keptIn);
-    } catch (const Failure& failure) {
-        return Report(err, failure.what(), keptIn);
-    } catch (const std::exception& error) {
-        return Report(err, error.what(), keptIn);
-    }
+    });
 }
 
 }  // namespace tremodal::ccx
