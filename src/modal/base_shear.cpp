@@ -388,66 +388,70 @@ void CombineBaseShear(RunState& s, i16 d) {
         CombineModalValues(s, s.Options.CombMethod, first, last, [&](i32 m) { return ModalShear(s, m, f); });
 }
 
-std::vector<f32> StoreyHeights(const RunState& s) {
-    std::vector<f32> heights;
-    const i32 nodes = i32(std::min(s.Freq.NodeDof.Upper1(), s.Model.NodeY.Upper()));
-    for (i32 n = 1; n <= nodes; ++n) {
-        bool carries = false;
+StoreySums SumStoreys(const RunState& s) {
+    StoreySums sums;
+    const FrequencyCase& c = s.Freq;
+    const i32 nodes = i32(std::min(c.NodeDof.Upper1(), s.Model.NodeY.Upper()));
+    const auto carriesMass = [&](i32 n) {
         for (i32 k = 1; k <= 3; ++k) {
-            const i32 e = s.Freq.NodeDof(n, k);
-            if (e > 0 && e <= s.Freq.MassTerms.Upper() && s.Freq.MassTerms(e) != 0) carries = true;
+            const i32 e = c.NodeDof(n, k);
+            if (e > 0 && e <= c.MassTerms.Upper() && c.MassTerms(e) != 0) return true;
         }
-        if (carries) heights.push_back(s.Model.NodeY(n));
+        return false;
+    };
+    for (i32 n = 1; n <= nodes; ++n) {
+        if (carriesMass(n)) sums.Heights.push_back(s.Model.NodeY(n));
     }
-    std::sort(heights.begin(), heights.end(), std::greater<f32>());
-    heights.erase(std::unique(heights.begin(), heights.end()), heights.end());
-    return heights;
-}
-
-std::vector<f32> CombineStoreyShears(const RunState& s, i16 d, i16 method, const std::vector<f32>& heights) {
-    std::vector<f32> combined(heights.size(), 0.0f);
-    if (d >= 4 || heights.empty()) return combined;
-    i32 first = 0, last = 0;
-    CombinedModes(s, first, last);
-    const f64 f = s.Options.DirFactor(d);
-    const i32 modes = s.Freq.NumModes, dof = s.Freq.NumDof;
+    std::sort(sums.Heights.begin(), sums.Heights.end(), std::greater<f32>());
+    sums.Heights.erase(std::unique(sums.Heights.begin(), sums.Heights.end()), sums.Heights.end());
+    const std::size_t levels = sums.Heights.size();
+    if (levels == 0) return sums;
 
     // The level of each equation: that of the node whose freedom it is (the
     // last node that names it, as the shape block's map has it).
+    const i32 modes = c.NumModes, dof = c.NumDof;
     std::vector<i32> levelOf(std::size_t(std::max(dof, 0)) + 1, -1);
-    const i32 nodes = i32(std::min(s.Freq.NodeDof.Upper1(), s.Model.NodeY.Upper()));
     for (i32 n = 1; n <= nodes; ++n) {
-        const auto at = std::find(heights.begin(), heights.end(), s.Model.NodeY(n));
-        if (at == heights.end()) continue;
+        const f32 y = s.Model.NodeY(n);
+        const auto at = std::lower_bound(sums.Heights.begin(), sums.Heights.end(), y, std::greater<f32>());
+        if (at == sums.Heights.end() || *at != y) continue;
         for (i32 k = 1; k <= 6; ++k) {
-            const i32 e = s.Freq.NodeDof(n, k);
-            if (e > 0 && e <= dof) levelOf[std::size_t(e)] = i32(at - heights.begin());
+            const i32 e = c.NodeDof(n, k);
+            if (e > 0 && e <= dof) levelOf[std::size_t(e)] = i32(at - sums.Heights.begin());
         }
     }
 
-    // above(level, mode): the sum of m phi r over the equations at and above
-    // the level, from the top down. The storey shear of a mode is its base
-    // shear times above / above at the lowest level, so that the lowest level
-    // gives the base shear itself, to the last bit, under every method.
-    const std::size_t levels = heights.size();
-    std::vector<f64> above(levels * std::size_t(modes + 1), 0.0);
-    for (i32 m = std::max(first, 1); m <= std::min(last, modes); ++m) {
-        std::vector<f64> atLevel(levels, 0.0);
+    // From the top down, level by level, the running sum of each mode.
+    sums.Modes = modes;
+    sums.Above.assign(levels * std::size_t(modes + 1), 0.0);
+    std::vector<f64> atLevel(levels);
+    for (i32 m = 1; m <= modes; ++m) {
+        std::fill(atLevel.begin(), atLevel.end(), 0.0);
         for (i32 e = 1; e <= dof; ++e) {
             const i32 level = levelOf[std::size_t(e)];
-            if (level < 0 || e > s.Freq.MassTerms.Upper()) continue;
-            atLevel[std::size_t(level)] +=
-                f64(s.Freq.MassTerms(e)) * s.Freq.ModeShape(e, m) * s.Excitation(e);
+            if (level < 0 || e > c.MassTerms.Upper()) continue;
+            atLevel[std::size_t(level)] += f64(c.MassTerms(e)) * c.ModeShape(e, m) * s.Excitation(e);
         }
         f64 sum = 0;
         for (std::size_t l = 0; l < levels; ++l)
-            above[l * std::size_t(modes + 1) + std::size_t(m)] = sum += atLevel[l];
+            sums.Above[l * std::size_t(modes + 1) + std::size_t(m)] = sum += atLevel[l];
     }
+    return sums;
+}
+
+std::vector<f32> CombineStoreyShears(const RunState& s, i16 d, i16 method, const StoreySums& sums) {
+    const std::size_t levels = sums.Heights.size();
+    std::vector<f32> combined(levels, 0.0f);
+    if (d >= 4 || levels == 0) return combined;
+    i32 first = 0, last = 0;
+    CombinedModes(s, first, last);
+    const f64 f = s.Options.DirFactor(d);
+    const std::size_t stride = std::size_t(sums.Modes + 1);
+    const f64* base = &sums.Above[(levels - 1) * stride];
     for (std::size_t l = 0; l < levels; ++l) {
-        const f64* row = &above[l * std::size_t(modes + 1)];
-        const f64* base = &above[(levels - 1) * std::size_t(modes + 1)];
+        const f64* row = &sums.Above[l * stride];
         const f32 total = CombineModalValues(s, method, first, last, [&](i32 m) {
-            if (m < 1 || m > modes || base[m] == 0) return 0.0;
+            if (m < 1 || m > sums.Modes || base[m] == 0) return 0.0;
             // The base shear's plain sum adds modal shears of one sign; up the
             // building a higher mode's shear turns, and the absolute sum takes
             // its size.

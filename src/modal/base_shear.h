@@ -15,17 +15,24 @@ void CombineBaseShear(RunState& state, i16 d);
 // method but the absolute sum (4) leaves its square.
 f32 CombinedShear(f32 baseShear, i16 combMethod);
 
-// The levels of the storey shears: the distinct heights (Y) of the nodes that
-// carry mass in a translation, highest first.
-std::vector<f32> StoreyHeights(const RunState& state);
+// The storey shears' levels, the distinct heights (Y) of the nodes that carry
+// mass in a translation, highest first; and for each level and mode the sum
+// of m phi r over the equations at and above it, for the direction whose
+// excitation stands. Worked out once for a direction, combined per method.
+struct StoreySums {
+    std::vector<f32> Heights;
+    i32 Modes = 0;
+    std::vector<f64> Above;  // (level, mode): level * (Modes + 1) + mode
+};
+StoreySums SumStoreys(const RunState& state);
 
 // The combined storey shear of translational direction d at each level under
-// a method, while the direction's participation and excitation stand: the
-// inertia forces of the equations at and above the level, mode by mode,
-// combined as the base shear combines them. The lowest level gives the base
+// a method, while the direction's participation stands: the inertia forces
+// of the equations at and above the level, mode by mode, combined as the base
+// shear combines them. A mode's shear at a level is its base shear times the
+// level's sum over the lowest level's, so the lowest level gives the base
 // shear of the method exactly.
-std::vector<f32> CombineStoreyShears(const RunState& state, i16 d, i16 method,
-                                     const std::vector<f32>& heights);
+std::vector<f32> CombineStoreyShears(const RunState& state, i16 d, i16 method, const StoreySums& sums);
 
 namespace detail {
 // The terms of row i of the complete quadratic combination (first..last,

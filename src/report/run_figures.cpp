@@ -37,10 +37,11 @@ void RecordDirection(RunState& s, i16 d, RunFigures& figures, bool everyMethod) 
     f.Rows = ParticipationRows(s, f.HasPercent);
     if (d != 2 && d != 5) ExcitationAngle(s, d, f.AxisX, f.AxisZ);
     if (d < 4) {
-        f.StoreyHeights = StoreyHeights(s);
+        const StoreySums sums = SumStoreys(s);
+        f.StoreyHeights = sums.Heights;
         for (i16 k = 0; k < kCombMethods; ++k) {
             if (everyMethod || k == s.Options.CombMethod)
-                f.StoreyShear[std::size_t(k)] = CombineStoreyShears(s, d, k, f.StoreyHeights);
+                f.StoreyShear[std::size_t(k)] = CombineStoreyShears(s, d, k, sums);
         }
     }
     if (everyMethod && d < 4) {
