@@ -1,6 +1,5 @@
 #include "modal/response_curve.h"
 
-#include <limits>
 #include <vector>
 
 #include "base/checked_math.h"
@@ -109,19 +108,15 @@ std::string ModeList(const std::vector<i32>& modes) {
 
 // Modes that the curve does not reach take the value of its nearer end: the
 // person is told which modes and what value, in the curve's own units.
-void NoteModesOffTheCurve(RunState& s) {
+// lookup holds each mode's period as the interpolation looked it up.
+void NoteModesOffTheCurve(RunState& s, const std::vector<f32>& lookup) {
     const i16 points = s.Curve.CurvePoints;
     if (!s.Ui || points < 1) return;
     const f32 first = s.Curve.CurvePeriod(1), last = s.Curve.CurvePeriod(points);
     std::vector<i32> beyond, before;
-    for (i32 m = 1; m <= s.Freq.NumModes; ++m) {
-        // As the lookup rounds it, without failing: a period no single can
-        // hold lies beyond any curve.
-        if (!(s.Freq.Omega(m) > 0)) continue;
-        const f64 exact = kLookupNumerator / s.Freq.Omega(m);
-        const f32 t = exact < 3.0e38 ? f32(exact) : std::numeric_limits<f32>::infinity();
-        if (t > last) beyond.push_back(m);
-        if (t < first) before.push_back(m);
+    for (std::size_t i = 0; i < lookup.size(); ++i) {
+        if (lookup[i] > last) beyond.push_back(i32(i + 1));
+        if (lookup[i] < first) before.push_back(i32(i + 1));
     }
     const std::string& file = s.Options.SpectrumFile;
     if (!beyond.empty()) {
@@ -171,12 +166,14 @@ void ReadSpectrumCurve(RunState& s) {
         }
 
         const i32 modes = s.Freq.NumModes;
-        NoteModesOffTheCurve(s);
+        std::vector<f32> lookup;
         for (i32 m = 1; m <= modes; ++m) {
             f32 t = StoreF32(Div(kLookupNumerator, s.Freq.Omega(m)));
+            lookup.push_back(t);
             if (logarithmic) t = StoreF32(Log(t));
             InterpolateMode(s, workPeriod, workValue, m, t);
         }
+        NoteModesOffTheCurve(s, lookup);
 
         // Back to curve units. Only point 1 is used from here on.
         if (logarithmic) {
