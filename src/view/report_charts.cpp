@@ -24,8 +24,10 @@ const QColor kGridColour(220, 220, 220);
 
 QString Q(const std::string& text) { return QString::fromStdString(text); }
 
-// Units as a printed page shows them.
-QString Printed(const std::string& unit) { return Q(unit).replace("s2", "s\u00B2"); }
+// Units as a printed page shows them: "kg m2" as kg·m², "m/s2" as m/s².
+QString Printed(const std::string& unit) {
+    return Q(unit).replace(' ', QChar(0x00B7)).replace("s2", "s\u00B2").replace("m2", "m\u00B2");
+}
 
 // One axis: a linear or a logarithmic (base 10) scale from lo to hi.
 struct Scale {
@@ -401,9 +403,7 @@ void PaintParticipationChart(QPainter& p, const QSize& size, const RunFigures& f
     }
     const DirectionFigures& d = fig.Directions[direction];
     const bool rotation = d.Direction > 3;
-    const bool inches = fig.UnitSystem == 1;
-    const QString massUnit = rotation ? (inches ? "lbf\u00B7s\u00B2\u00B7in" : "kg\u00B7m\u00B2")
-                                      : (inches ? "lbf\u00B7s\u00B2/in" : "kg");
+    const QString massUnit = Printed(MassUnit(fig, rotation));
     const i32 reach = d.ModesTo90();
     QString title =
         "Participation, direction " + QString::number(d.Direction) + " " + Q(DirectionCaption(d.Direction));
