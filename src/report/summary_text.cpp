@@ -144,7 +144,7 @@ std::string AxisText(const DirectionFigures& d) {
     const bool turn = d.Direction >= 4;
     if (d.Direction == 2 || d.Direction == 5) return turn ? "about Y (vertical)" : "along Y (vertical)";
     std::string axis;
-    if (d.AxisZ == 0 || std::fabs(d.AxisZ) < 1e-12) {
+    if (std::fabs(d.AxisZ) < 1e-12) {
         axis = d.AxisX < 0 ? "-X" : "X";
     } else if (std::fabs(d.AxisX) < 1e-12) {
         axis = d.AxisZ < 0 ? "-Z" : "Z";

@@ -88,8 +88,7 @@ TEST(PlotsWindow, FitsASmallScreenSaysWhenThereIsNothingAndNamesTheFilesItSaves)
         }
         // At 800 x 600 the charts and the controls all show, side by side.
         window.resize(800, 600);
-        QTest::qWait(20);
-        EXPECT_EQ(window.size(), QSize(800, 600));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return window.size() == QSize(800, 600); }));
         std::vector<QRect> parts;
         for (const char* name :
              {"chartSpectrum", "tabDirectionCharts", "cboDirection", "lblStatus", "cmdSavePng", "cmdClose"}) {
